@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/AccessibilityTrust.h"
+#include "platform/EventMonitors.h"
+#include "platform/HTTPClient.h"
+#include "platform/PanelWindows.h"
+#include "platform/Pasteboard.h"
+#include "platform/Screens.h"
+#include "platform/SecretStore.h"
+#include "platform/SelectionCopy.h"
+#include "platform/UserDefaults.h"
+
+namespace lumiwren {
+
+/// What this desktop session offers. Each facility is always there; what the session cannot do is an object
+/// that answers accordingly.
+class Platform {
+public:
+  virtual ~Platform() = default;
+
+  virtual EventMonitors &eventMonitors() = 0;
+  virtual Pasteboard &pasteboard() = 0;
+  virtual SelectionCopy &selectionCopy() = 0;
+  virtual AccessibilityTrust &accessibilityTrust() = 0;
+  virtual Screens &screens() = 0;
+  virtual PanelWindows &panelWindows() = 0;
+  virtual HTTPClient &httpClient() = 0;
+  virtual SecretStore &secretStore() = 0;
+  virtual UserDefaults &userDefaults() = 0;
+};
+
+}  // namespace lumiwren

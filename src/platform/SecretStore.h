@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "base/Secret.h"
+
+namespace lumiwren {
+
+enum class SecretStatus { Success, ItemNotFound, Failure };
+
+/// The session's store of passwords. Any thread but the main one, unless stated: every operation may wait for
+/// the store, for a bounded time, and for the user where the store asks to be unlocked.
+class SecretStore {
+public:
+  virtual ~SecretStore() = default;
+
+  /// The secret's bytes; empty when there is no such item, when the store is absent or does not answer, or
+  /// when the user does not unlock it.
+  virtual std::optional<Secret> copyMatching(std::string_view service, std::string_view account) = 0;
+  virtual SecretStatus add(std::string_view service, std::string_view account, const Secret &secret) = 0;
+  virtual SecretStatus remove(std::string_view service, std::string_view account) = 0;
+};
+
+}  // namespace lumiwren
