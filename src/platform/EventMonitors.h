@@ -14,6 +14,18 @@ namespace eventMask {
 inline constexpr std::uint32_t leftMouseDown = 1U << 1;
 inline constexpr std::uint32_t rightMouseDown = 1U << 3;
 inline constexpr std::uint32_t keyDown = 1U << 10;
+
+constexpr std::uint32_t of(EventKind kind) {
+  switch (kind) {
+    case EventKind::LeftMouseDown:
+      return leftMouseDown;
+    case EventKind::RightMouseDown:
+      return rightMouseDown;
+    case EventKind::KeyDown:
+      break;
+  }
+  return keyDown;
+}
 }  // namespace eventMask
 
 /// A press of a key or a mouse button. Repeats of a held key are no presses.
@@ -21,6 +33,7 @@ struct InputEvent {
   EventKind kind = EventKind::KeyDown;
   std::uint16_t keyCode = 0;        // physical key, see KeyCodes.h; 0 for mouse buttons
   std::uint64_t modifierFlags = 0;  // see KeyCodes.h
+  friend bool operator==(const InputEvent &, const InputEvent &) = default;
 };
 
 enum class LocalEventResult { Pass, Consume };
