@@ -15,6 +15,11 @@ using Bytes = std::vector<std::uint8_t>;
 struct PasteboardItem {
   std::string type;
   Bytes bytes;
+  /// What the owner calls the form of the bytes where that is not the type's own name (a TEXT that is a
+  /// UTF8_STRING); empty where it is. Kept so that what is put back reaches others as its owner gave it.
+  std::string encoding = {};
+  /// Bytes of one unit: 1, 2 or 4, in the machine's byte order.
+  std::uint8_t unit = 1;
   friend bool operator==(const PasteboardItem &, const PasteboardItem &) = default;
 };
 
