@@ -6,23 +6,13 @@
 #include <string>
 
 #include "ai/KeychainManager.h"
+#include "ai/OpenAIEndpoint.h"
 #include "ai/OpenAIRequest.h"
 #include "base/MainQueue.h"
 #include "base/Secret.h"
 #include "platform/HTTPClient.h"
 
 namespace lumiwren {
-
-/// Which server is asked, and for which model. Read once, at start.
-struct OpenAIEndpoint {
-  std::string baseURL = "https://api.openai.com/v1/chat/completions";
-  std::string model = "gpt-4o-mini";
-
-  /// With OPENAI_BASE_URL (scheme, host and prefix up to "/v1") and OPENAI_MODEL in place of the defaults,
-  /// where they are set and not empty. Throws std::invalid_argument, with a text for the user, for a URL that
-  /// is neither https nor plain http to a loopback address.
-  static OpenAIEndpoint fromEnvironment();
-};
 
 /// The client of the chat completions service. Stateless between calls; any number of calls at once.
 class OpenAIAPIService {
