@@ -95,6 +95,12 @@ public:
     changed_.notify_all();
   }
 
+  /// Returns when `count` reads are waiting for a silent owner.
+  void waitForReaders(int count = 1) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return silent_ && waiting_ >= count; });
+  }
+
   /// What is there now, whoever put it there.
   PasteboardContents current() const {
     const std::lock_guard lock(mutex_);
@@ -114,7 +120,10 @@ private:
   }
 
   void waitWhileSilent(std::unique_lock<std::mutex> &lock, const std::stop_token &token) {
+    ++waiting_;
+    changed_.notify_all();
     changed_.wait(lock, token, [this] { return !silent_; });
+    --waiting_;
     throwIfStopped(token);
   }
 
@@ -124,6 +133,7 @@ private:
   std::optional<PasteboardContents> nextCopy_;
   std::vector<Put> puts_;
   std::int64_t changeCount_ = 0;
+  int waiting_ = 0;
   bool silent_ = false;
 };
 

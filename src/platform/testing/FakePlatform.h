@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/testing/FakeAccessibilityTrust.h"
+#include "platform/testing/FakeEventMonitors.h"
+#include "platform/testing/FakeHTTPClient.h"
+#include "platform/testing/FakePanelWindows.h"
+#include "platform/testing/FakePasteboard.h"
+#include "platform/testing/FakeScreens.h"
+#include "platform/testing/FakeSecretStore.h"
+#include "platform/testing/FakeSelectionCopy.h"
+#include "platform/testing/FakeUserDefaults.h"
+
+namespace lumiwren::testing {
+
+/// Every fake at once.
+class FakePlatform : public Platform {
+public:
+  FakeEventMonitors &eventMonitors() override { return eventMonitors_; }
+  FakePasteboard &pasteboard() override { return pasteboard_; }
+  FakeSelectionCopy &selectionCopy() override { return selectionCopy_; }
+  FakeAccessibilityTrust &accessibilityTrust() override { return accessibilityTrust_; }
+  FakeScreens &screens() override { return screens_; }
+  FakePanelWindows &panelWindows() override { return panelWindows_; }
+  FakeHTTPClient &httpClient() override { return httpClient_; }
+  FakeSecretStore &secretStore() override { return secretStore_; }
+  FakeUserDefaults &userDefaults() override { return userDefaults_; }
+
+private:
+  FakeEventMonitors eventMonitors_;
+  FakePasteboard pasteboard_;
+  FakeSelectionCopy selectionCopy_;
+  FakeAccessibilityTrust accessibilityTrust_;
+  FakeScreens screens_;
+  FakePanelWindows panelWindows_;
+  FakeHTTPClient httpClient_;
+  FakeSecretStore secretStore_;
+  FakeUserDefaults userDefaults_;
+};
+
+}  // namespace lumiwren::testing
