@@ -1,0 +1,115 @@
+"""Applications in which a user selects text, worked with real keys and clicks."""
+
+import os
+import pathlib
+
+from .waiting import wait_until
+
+
+class Application:
+    """A window with text in it. `selected_text()` is what the application itself calls selected."""
+
+    def __init__(self, desktop, argv, title, **environment):
+        self.desktop = desktop
+        self.display = desktop.display
+        self.process = desktop.launch(argv, **environment)
+        self._wait(title)
+
+    def _wait(self, title):
+        def appeared():
+            if not self.process.running():
+                raise RuntimeError(f"{self.process.name} ended:\n{self.process.output}")
+            return self.display.window(title)
+        self.window = wait_until(appeared, f"the window “{title}”", 30)
+        self.frame = self.display.frame(self.window)
+
+    def focus(self):
+        """Clicks into the window."""
+        self.frame = self.display.frame(self.window)
+        self.display.click(*self.frame.centre)
+        wait_until(lambda: self.display.has_focus(self.window), "the focus")
+
+    def select_all(self, text):
+        """Selects everything with Ctrl+A and waits until it is `text` that is selected."""
+        self.focus()
+        self.display.press("Control", "a")
+        self.wait_selected(text)
+
+    def wait_selected(self, text):
+        wait_until(lambda: (self.desktop.selections.text("PRIMARY") or "").strip() == text.strip(),
+                   f"the selection of {text[:40]!r}")
+
+    def close(self):
+        self.process.close()
+
+
+class GtkEditor(Application):
+    """A text view. what: "text"; "image" copies a picture and no text; "closing" closes at Alt+Shift+E."""
+
+    def __init__(self, desktop, text, title="GTK editor", what="text", state="normal", place=(40, 40)):
+        helper = pathlib.Path(__file__).parent / "helpers/gtk_editor.py"
+        super().__init__(desktop, ["/usr/bin/python3", str(helper), title, text, what, state, *map(str, place)], title)
+
+    def typed(self):
+        """What the window shows now, as a reader of the screen would get it by selecting all."""
+        self.focus()
+        self.display.press("Control", "a")
+        return self.desktop.selections.text("PRIMARY")
+
+
+class QtEditor(Application):
+    """A plain text edit of the toolkit that the program itself uses; built with the tests."""
+
+    def __init__(self, desktop, text, title="Qt editor"):
+        super().__init__(desktop, [os.environ["LUMIWREN_QT_EDITOR"], title, text], title)
+
+
+class Mousepad(Application):
+    def __init__(self, desktop, path):
+        super().__init__(desktop, ["mousepad", "--disable-server", str(path)], f"{path} - Mousepad")
+
+
+class Chromium(Application):
+    """A page of plain text."""
+
+    def __init__(self, desktop, text):
+        folder = desktop.directory / "chromium"
+        folder.mkdir(exist_ok=True)
+        page = folder / "page.html"
+        page.write_text(f"<!doctype html><meta charset=utf-8><title>Page</title><pre>{text}</pre>")
+        super().__init__(desktop, ["chromium", "--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-sync",
+                                   "--disable-background-networking", "--password-store=basic",
+                                   f"--user-data-dir={folder}/profile", f"--app=file://{page}"], "Page")
+
+
+class Terminal(Application):
+    """A terminal in which a program runs that must not be interrupted."""
+
+    def __init__(self, desktop, argv, title, text):
+        self.record = desktop.directory / f"terminal-{id(self)}"
+        self.text = text
+        helper = pathlib.Path(__file__).parent / "helpers/terminal_program.py"
+        super().__init__(desktop, [*argv, "/usr/bin/python3", str(helper), str(self.record), text], title)
+        wait_until(lambda: self.record.exists() and "shown" in self.record.read_text(), "the terminal's text")
+
+    def select_line(self):
+        """Selects the first line with a triple click."""
+        self.focus()
+        frame = self.display.frame(self.window)
+        self.display.click(frame.x + 30, frame.y + 10, times=3)
+        self.wait_selected(self.text)
+
+    def interrupted(self):
+        return "interrupted" in self.record.read_text() or not self.process.running()
+
+
+class XTerm(Terminal):
+    def __init__(self, desktop, text):
+        super().__init__(desktop, ["xterm", "-fa", "DejaVu Sans Mono", "-fs", "12", "-T", "xterm", "+sb", "-e"],
+                         "xterm", text)
+
+
+class VteTerminal(Terminal):
+    def __init__(self, desktop, text):
+        helper = pathlib.Path(__file__).parent / "helpers/vte_terminal.py"
+        super().__init__(desktop, ["/usr/bin/python3", str(helper), "VTE"], "VTE", text)
