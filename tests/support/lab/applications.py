@@ -13,21 +13,25 @@ class Application:
         self.desktop = desktop
         self.display = desktop.display
         self.process = desktop.launch(argv, **environment)
-        self._wait(title)
+        self._wait([title] if isinstance(title, str) else title)
 
-    def _wait(self, title):
+    def _wait(self, titles):
         def appeared():
             if not self.process.running():
                 raise RuntimeError(f"{self.process.name} ended:\n{self.process.output}")
-            return self.display.window(title)
-        self.window = wait_until(appeared, f"the window “{title}”", 30)
+            return next(filter(None, map(self.display.window, titles)), None)
+        self.window = wait_until(appeared, f"the window “{titles[0]}”", 30)
         self.frame = self.display.frame(self.window)
 
     def focus(self):
-        """Clicks into the window."""
+        """Puts the pointer into the window and the window in front.
+
+        Not with a click: the window manager holds a click back while it raises the window, and a key that is
+        pressed right behind it overtakes it.
+        """
         self.frame = self.display.frame(self.window)
-        self.display.click(*self.frame.centre)
-        wait_until(lambda: self.display.has_focus(self.window), "the focus")
+        self.display.move(*self.frame.centre)
+        self.display.activate(self.window)
 
     def select_all(self, text):
         """Selects everything with Ctrl+A and waits until it is `text` that is selected."""
@@ -76,10 +80,18 @@ class Chromium(Application):
         folder = desktop.directory / "chromium"
         folder.mkdir(exist_ok=True)
         page = folder / "page.html"
-        page.write_text(f"<!doctype html><meta charset=utf-8><title>Page</title><pre>{text}</pre>")
+        # The title tells when the page has the focus: keys before that would go nowhere.
+        page.write_text(f"<!doctype html><meta charset=utf-8><title>Page</title><pre>{text}</pre><script>"
+                        "(function wait() { if (document.hasFocus()) document.title = 'Page in front';"
+                        " else requestAnimationFrame(wait) })()</script>")
         super().__init__(desktop, ["chromium", "--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-sync",
                                    "--disable-background-networking", "--password-store=basic",
-                                   f"--user-data-dir={folder}/profile", f"--app=file://{page}"], "Page")
+                                   f"--user-data-dir={folder}/profile", f"--app=file://{page}"],
+                         ("Page", "Page in front"))
+
+    def focus(self):
+        super().focus()
+        self.display.wait_for_window("Page in front")
 
 
 class Terminal(Application):

@@ -197,7 +197,7 @@ class Display:
         self.x.sync()
 
     def activate(self, window):
-        """Gives a window the focus as a pager would."""
+        """Gives a window the focus as a task bar would."""
         self.send_to_root(window, "_NET_ACTIVE_WINDOW", [2, X.CurrentTime])
         wait_until(lambda: self.has_focus(window), "the focus")
 
