@@ -1,0 +1,139 @@
+#include "platform/linux/WholeFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace lumiwren {
+
+namespace {
+
+class Descriptor {
+public:
+  explicit Descriptor(int number) : number_(number) {
+    if (number < 0) {
+      throw std::system_error(errno, std::generic_category());
+    }
+  }
+  Descriptor(const Descriptor &) = delete;
+  Descriptor &operator=(const Descriptor &) = delete;
+  ~Descriptor() { ::close(number_); }
+
+  int number() const { return number_; }
+
+private:
+  const int number_;
+};
+
+/// Repeats a system call that a signal interrupts, and throws when it fails.
+template <typename Call>
+std::size_t checked(Call call) {
+  for (;;) {
+    if (const auto answer = call(); answer >= 0) {
+      return static_cast<std::size_t>(answer);
+    }
+    if (errno != EINTR) {
+      throw std::system_error(errno, std::generic_category());
+    }
+  }
+}
+
+struct stat statusOf(const Descriptor &descriptor) {
+  struct stat status = {};
+  checked([&] { return ::fstat(descriptor.number(), &status); });
+  return status;
+}
+
+FileVersion versionOf(const struct stat &status) {
+  return {.device = status.st_dev,
+          .inode = status.st_ino,
+          .size = status.st_size,
+          .seconds = status.st_mtim.tv_sec,
+          .nanoseconds = status.st_mtim.tv_nsec};
+}
+
+std::filesystem::path folderOf(const std::filesystem::path &file) {
+  return file.has_parent_path() ? file.parent_path() : ".";
+}
+
+void writeAll(const Descriptor &descriptor, std::string_view content) {
+  while (!content.empty()) {
+    content.remove_prefix(
+        checked([&] { return ::write(descriptor.number(), content.data(), content.size()); }));
+  }
+}
+
+}  // namespace
+
+WholeFile readWhole(const std::filesystem::path &file) {
+  // A pipe in the file's place would otherwise be waited for.
+  const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  const auto status = statusOf(descriptor);
+  if (!S_ISREG(status.st_mode)) {
+    throw std::runtime_error("not a regular file");
+  }
+  WholeFile whole{.content = {}, .version = versionOf(status)};
+  std::array<char, 16384> buffer;
+  for (;;) {
+    const auto count = checked([&] { return ::read(descriptor.number(), buffer.data(), buffer.size()); });
+    if (count == 0) {
+      return whole;
+    }
+    whole.content.append(buffer.data(), count);
+  }
+}
+
+FileVersion writeWhole(const std::filesystem::path &file, std::string_view content) {
+  const auto folder = folderOf(file);
+  auto temporary = (folder / ("." + file.filename().string() + ".XXXXXX")).string();
+  const Descriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC));  // for the user only
+  FileVersion version{};
+  try {
+    writeAll(descriptor, content);
+    checked([&] { return ::fsync(descriptor.number()); });
+    version = versionOf(statusOf(descriptor));
+    checked([&] { return ::rename(temporary.c_str(), file.c_str()); });
+  } catch (const std::system_error &) {
+    ::unlink(temporary.c_str());
+    throw;
+  }
+  // Some file systems cannot do this; the new file is in place all the same.
+  ::fsync(Descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)).number());
+  return version;
+}
+
+std::filesystem::path linkTarget(const std::filesystem::path &file) {
+  constexpr int mostLinks = 40;  // the kernel's own limit
+  auto target = file;
+  for (int count = 0; count < mostLinks; ++count) {
+    std::error_code notALink;
+    const auto next = std::filesystem::read_symlink(target, notALink);
+    if (notALink) {
+      return target;
+    }
+    target = folderOf(target) / next;
+  }
+  return file;
+}
+
+void makeFolder(const std::filesystem::path &folder) {
+  if (::mkdir(folder.c_str(), S_IRWXU) == 0 || errno == EEXIST) {
+    return;
+  }
+  if (errno != ENOENT || !folder.has_parent_path() || folder.parent_path() == folder) {
+    throw std::system_error(errno, std::generic_category());
+  }
+  makeFolder(folder.parent_path());
+  if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+    throw std::system_error(errno, std::generic_category());
+  }
+}
+
+}  // namespace lumiwren
