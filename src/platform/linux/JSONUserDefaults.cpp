@@ -126,8 +126,8 @@ void JSONUserDefaults::set(std::string_view key, JSON value) {
 
 bool JSONUserDefaults::load() {
   try {
-    auto whole = readWhole(file_);
-    if (version_ != whole.version) {
+    auto whole = readWhole(file_, version_);
+    if (whole.version != version_) {
       values_ = parseObject(whole.content);
       values_.update(unsaved_);
       version_ = whole.version;

@@ -4,6 +4,7 @@
 
 #include <ctime>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,8 +25,9 @@ struct WholeFile {
   FileVersion version;
 };
 
-/// A regular file's content. Throws std::system_error, or std::runtime_error when it is no regular file.
-WholeFile readWhole(const std::filesystem::path &file);
+/// A regular file's content, left out while it still is the version that is `known`. Throws
+/// std::system_error, or std::runtime_error when it is no regular file.
+WholeFile readWhole(const std::filesystem::path &file, const std::optional<FileVersion> &known);
 
 /// Writes a new file, readable by the user only, and lets it take the place of `file`, which is replaced
 /// whole or not at all; on disk when this returns. Throws std::system_error and then leaves what was there. A

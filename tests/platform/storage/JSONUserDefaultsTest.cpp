@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -378,10 +378,12 @@ TEST_F(JSONUserDefaultsTest, LinksInACircleAreSetAside) {
 }
 
 // The child writes one long value after another, each of one repeated letter, and tells of each; it is killed
-// in the middle of whatever it is then doing.
+// at another point of the third write in each round.
 TEST_F(JSONUserDefaultsTest, AKillAtAnyMomentLeavesTheOldOrTheNewFile) {
+  using Clock = std::chrono::steady_clock;
   constexpr std::size_t length = 200'000;
-  for (int round = 0; round < 30; ++round) {
+  constexpr int rounds = 40;
+  for (int round = 0; round < rounds; ++round) {
     int progress[2];
     ASSERT_EQ(::pipe2(progress, O_CLOEXEC), 0);
     const pid_t child = ::fork();
@@ -396,12 +398,13 @@ TEST_F(JSONUserDefaultsTest, AKillAtAnyMomentLeavesTheOldOrTheNewFile) {
       }
     }
     ::close(progress[1]);
-    for (int written = 0; written < 2; ++written) {
-      char letter = 0;
-      ASSERT_EQ(::read(progress[0], &letter, 1), 1);
-    }
-    // A different moment of the third write in each round.
-    for (std::atomic<int> spin = 0; spin < round * 20'000; ++spin) {
+    char letter = 0;
+    ASSERT_EQ(::read(progress[0], &letter, 1), 1);
+    const auto begin = Clock::now();
+    ASSERT_EQ(::read(progress[0], &letter, 1), 1);
+    const auto end = Clock::now();
+    const auto moment = end + (end - begin) * round / rounds;
+    while (Clock::now() < moment) {
     }
     ASSERT_EQ(::kill(child, SIGKILL), 0);
     int status = 0;
