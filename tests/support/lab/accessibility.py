@@ -69,7 +69,7 @@ class Node:
 
     @property
     def frame(self):
-        """In the coordinates of the screen."""
+        """In what the application takes for the coordinates of the screen."""
         return Frame(*self._call("org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (0,)))[0])
 
     def press(self):

@@ -80,7 +80,9 @@ class Display:
 
     def type(self, text):
         """Types ASCII text with the keys that produce it in the current layout."""
-        self.x.refresh_keyboard_mapping(_MappingChange)
+        # Nobody tells this connection of a change of the layout unless it asks for events.
+        self.x.refresh_keyboard_mapping(Xlib.protocol.event.MappingNotify(
+            request=X.MappingKeyboard, first_keycode=8, count=248))
         for character in text:
             keysym = XK.string_to_keysym({"\n": "Return", " ": "space"}.get(character, "")) or ord(character)
             code = self.x.keysym_to_keycode(keysym)
@@ -228,12 +230,6 @@ class Display:
 
     def close(self):
         self.x.close()
-
-
-class _MappingChange:
-    request = X.MappingKeyboard
-    first_keycode = 8
-    count = 248
 
 
 class XServer:

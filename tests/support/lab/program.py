@@ -4,6 +4,7 @@ import os
 import re
 
 from .accessibility import Gone, Node
+from .display import Frame
 from .tray import wait_for_item
 from .waiting import wait_until
 
@@ -91,10 +92,19 @@ class Panel:
         """Waits until a follow-up can be typed."""
         wait_until(lambda: "enabled" in self.field.states, "the end of loading", interval=0.02)
 
+    def place(self, node):
+        """Where a part of the panel is on the screen. The toolkit can be wrong about where its window is, so only
+        the part's place within the window is taken from it."""
+        part, root, frame = node.frame, self.node.frame, self.frame
+        return Frame(frame.x + part.x - root.x, frame.y + part.y - root.y, part.width, part.height)
+
+    def click(self, node):
+        self.display.click(*self.place(node).centre)
+
     def ask(self, question):
         """Clicks into the follow-up field, types and presses Return."""
         self.wait_enabled()
-        self.display.click(*self.field.frame.centre)
+        self.click(self.field)
         wait_until(lambda: self.display.has_focus(self.window), "the panel to have the keyboard")
         self.display.type(question + "\n")
 

@@ -89,13 +89,9 @@ class SelectionReader:
         return [self.x.get_atom_name(atom) for atom in atoms if atom]
 
     def contents(self, selection="CLIPBOARD"):
-        """Every type with its bytes, meta targets left out."""
-        values = {}
-        for target in self.targets(selection):
-            if target not in META_TARGETS:
-                value = self.read(target, selection)
-                values[target] = value and value.data
-        return values
+        """Every type with its Value, meta targets left out."""
+        return {target: self.read(target, selection) for target in self.targets(selection)
+                if target not in META_TARGETS}
 
     def text(self, selection="CLIPBOARD", timeout=20.0):
         value = self.read("UTF8_STRING", selection, timeout)
