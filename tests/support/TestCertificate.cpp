@@ -72,8 +72,8 @@ void writeHashed(const std::filesystem::path &directory, X509 *certificate) {
 int chooseProtocol(SSL *, const unsigned char **chosen, unsigned char *chosenLength,
                    const unsigned char *offered, unsigned offeredLength, void *) {
   static constexpr unsigned char ours[] = "\x08http/1.1";
-  return SSL_select_next_proto(const_cast<unsigned char **>(chosen), chosenLength, ours, sizeof ours - 1, offered,
-                               offeredLength) == OPENSSL_NPN_NEGOTIATED
+  return SSL_select_next_proto(const_cast<unsigned char **>(chosen), chosenLength, ours, sizeof ours - 1,
+                               offered, offeredLength) == OPENSSL_NPN_NEGOTIATED
              ? SSL_TLSEXT_ERR_OK
              : SSL_TLSEXT_ERR_NOACK;
 }
@@ -90,7 +90,8 @@ TestCertificate::TestCertificate() {
   directory_ = pattern;
   const Key authorityKey(EVP_EC_gen("P-256"));
   const Key key(EVP_EC_gen("P-256"));
-  const auto authority = makeCertificate("Test Authority", 1, authorityKey.get(), nullptr, authorityKey.get());
+  const auto authority =
+      makeCertificate("Test Authority", 1, authorityKey.get(), nullptr, authorityKey.get());
   const auto certificate = makeCertificate("localhost", 2, key.get(), authority.get(), authorityKey.get());
   writeHashed(directory_, authority.get());
   context_.reset(SSL_CTX_new(TLS_server_method()));

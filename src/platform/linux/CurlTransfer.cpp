@@ -27,8 +27,7 @@ CurlTransfer::CurlTransfer(HTTPRequest request, std::shared_ptr<CurlNetworkThrea
 /// lock held.
 template <typename Take>
 void CurlTransfer::wait(const std::stop_token &token, Take take) {
-  throwIfStopped(token);
-  {
+  if (!token.stop_requested()) {
     const std::lock_guard lock(mutex_);
     if (!isCancelRequested_ && take()) {
       return;

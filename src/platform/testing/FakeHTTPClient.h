@@ -47,6 +47,11 @@ public:
       const std::lock_guard lock(mutex_);
       return closed_;
     }
+    /// How many pieces wait to be read.
+    std::size_t unread() const {
+      const std::lock_guard lock(mutex_);
+      return pieces_.size();
+    }
     void waitUntilClosed() {
       std::unique_lock lock(mutex_);
       changed_.wait(lock, [&] { return closed_; });
