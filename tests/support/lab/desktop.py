@@ -173,11 +173,12 @@ class Desktop(contextlib.ExitStack):
 
     # -- what tests and the demonstration ask for ----------------------------------------------------------
 
-    def launch(self, argv, stdin=None, stdout=None, cwd=None, **environment):
+    def launch(self, argv, stdin=None, stdout=None, cwd=None, mark=None, **environment):
         """Starts a program in the session; a value of None takes a variable out of its environment."""
         env = {key: value for key, value in {**self.env, **environment}.items() if value is not None}
         name = os.path.basename(argv[0])
-        return self._own(Process(argv, env, self._log(name), stdin=stdin, stdout=stdout, cwd=cwd, mark=self.mark))
+        return self._own(Process(argv, env, self._log(name), stdin=stdin, stdout=stdout, cwd=cwd,
+                                 mark=mark or self.mark))
 
     def helper(self, name, *arguments, **environment):
         """Starts one of the helper programs that are written in Python."""
@@ -212,6 +213,12 @@ class Desktop(contextlib.ExitStack):
     def own_selection(self, contents, **kwargs):
         """A program that owns the clipboard, or another selection; see SelectionOwner."""
         return self._own(SelectionOwner(self.env, self.directory, contents, mark=self.mark, **kwargs))
+
+    def user_defaults(self):
+        """The file in which the program keeps its settings; its folder is there."""
+        folder = pathlib.Path(self.env["XDG_CONFIG_HOME"], "lumiwren")
+        folder.mkdir(parents=True, exist_ok=True)
+        return folder / "defaults.json"
 
     def set_layout(self, *arguments):
         """Arguments as setxkbmap takes them."""

@@ -19,7 +19,7 @@ _ROWS = {
     9: ["Escape"], 10: list("1234567890-="), 22: ["BackSpace", "Tab"], 24: list("qwertyuiop[]"),
     36: ["Return", "Control"], 38: list("asdfghjkl;'`"), 50: ["Shift", "\\"], 52: list("zxcvbnm,./"),
     62: ["Shift_R"], 64: ["Alt", "space", "Caps_Lock"], 67: [f"F{n}" for n in range(1, 11)], 77: ["Num_Lock"],
-    105: ["Control_R"], 108: ["Alt_R"], 118: ["Insert", "Delete"], 133: ["Super"],
+    95: ["F11", "F12"], 105: ["Control_R"], 108: ["Alt_R"], 118: ["Insert", "Delete"], 133: ["Super"],
 }
 KEYS = {name: first + index for first, names in _ROWS.items() for index, name in enumerate(names)}
 KEYS.update({"Home": 110, "Up": 111, "Left": 113, "Right": 114, "End": 115, "Down": 116})

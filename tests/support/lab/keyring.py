@@ -46,7 +46,8 @@ class FakeKeyring:
     """A service that owns the name and does what `behaviour` says.
 
     "silent" never answers a call; "dismissed" has a locked item and a prompt that the user turns down;
-    "ignored" has a prompt that nobody ever answers.
+    "ignored" has a prompt that nobody ever answers, "stuck" one that cannot be withdrawn either; "unlocked" has a
+    prompt that the user follows; "unlock-silent" answers everything but the call that would lead to a prompt.
     """
 
     def __init__(self, desktop, behaviour):

@@ -4,6 +4,7 @@ Every child carries a mark in its environment, and so does whatever it starts in
 all that bear the mark when this process is gone, however it went; `leftovers()` shows what is still there.
 """
 
+import atexit
 import ctypes
 import os
 import pathlib
@@ -22,6 +23,7 @@ _watchdog = None
 
 
 def _marked(mark):
+    """The processes that bear the mark or one that continues it after a hyphen."""
     needle = f"{MARK}={mark}".encode()
     found = []
     for entry in os.listdir("/proc"):
@@ -29,7 +31,7 @@ def _marked(mark):
             continue
         try:
             environment = pathlib.Path("/proc", entry, "environ").read_bytes()
-            if any(variable.startswith(needle) for variable in environment.split(b"\0")):
+            if any(variable == needle or variable.startswith(needle + b"-") for variable in environment.split(b"\0")):
                 if pathlib.Path("/proc", entry, "stat").read_text().rpartition(")")[2].split()[0] != "Z":
                     found.append(int(entry))
         except OSError:
@@ -69,10 +71,12 @@ def _start_watchdog():
                 "os.read(int(sys.argv[2]), 1)\n"
                 "process.kill_marked(sys.argv[3])\n")
         support = str(pathlib.Path(__file__).resolve().parents[1])
-        subprocess.Popen([sys.executable, "-c", code, support, str(reading), RUN], pass_fds=[reading],
-                         start_new_session=True, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                         env={key: value for key, value in os.environ.items() if key != MARK})
+        watchdog = subprocess.Popen(
+            [sys.executable, "-c", code, support, str(reading), RUN], pass_fds=[reading], start_new_session=True,
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+            env={key: value for key, value in os.environ.items() if key != MARK})
         os.close(reading)
+        atexit.register(lambda: (os.close(_watchdog), watchdog.wait()))
 
 
 class Process:
@@ -95,6 +99,7 @@ class Process:
                 stdout=stdout or output, stderr=output, start_new_session=True, pass_fds=pass_fds, cwd=cwd,
                 user=user, preexec_fn=in_child)
         self.pid = self.popen.pid
+        self._closed = False
         if stdin is not None:
             self.popen.stdin.write(stdin)
             self.popen.stdin.close()
@@ -126,7 +131,10 @@ class Process:
         self.popen.wait()
 
     def close(self):
-        """Ends the whole group, politely first."""
+        """Ends the whole group, politely first. Once: later the number may be another group's."""
+        if self._closed:
+            return
+        self._closed = True
         if self.running():
             self.signal_group(signal.SIGTERM)
             try:

@@ -1,13 +1,16 @@
 """The program under test and its panel."""
 
+import itertools
 import os
 import re
 
 from .accessibility import Gone, Node
 from .display import Frame
+from .process import leftovers
 from .tray import wait_for_item
 from .waiting import wait_until
 
+_numbers = itertools.count(1)
 TITLE = "Lumiwren"
 _SANITIZER = re.compile(r"ERROR: \w+Sanitizer|runtime error:|SUMMARY: \w+Sanitizer")
 
@@ -51,6 +54,24 @@ class Panel:
                                             for text in [part.text] if text]
         except Gone:
             return []
+
+    def turns(self, name):
+        """The texts of the conversation's rows of one name, oldest first."""
+        try:
+            node = self.node if self.shown else None
+            return [] if node is None else [part.text for part in node.walk() if part.name == name
+                                            and "org.a11y.atspi.Text" in part.interfaces]
+        except Gone:
+            return []
+
+    def answers(self):
+        return self.turns("Answer")
+
+    def questions(self):
+        return self.turns("Question")
+
+    def errors(self):
+        return self.turns("Error")
 
     def shows(self, text):
         return any(text in shown for shown in self.texts())
@@ -110,19 +131,24 @@ class Panel:
 
 
 class Lumiwren:
-    """A running program. It is ready when its status item, or else its accessible root, answers."""
+    """The running program, ready for use. Measurements do without accessibility, which has its own costs."""
 
-    def __init__(self, desktop, service=None, arguments=(), wait=True, **environment):
+    def __init__(self, desktop, service=None, accessible=True, **environment):
         self.desktop = desktop
         if service is not None:
             environment.setdefault("OPENAI_BASE_URL", service.url)
-        self.process = desktop.launch([binary(), *arguments], QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE=None,
-                                      **environment)
+        if accessible:
+            environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+        self.mark = f"{desktop.mark}-program{next(_numbers)}"
+        self.process = desktop.launch([binary()], mark=self.mark, **environment)
         self.panel = Panel(self)
-        if wait:
-            self.wait_ready()
+        # Whoever answers has been set up: both are answered by the main loop.
+        if accessible:
+            self._wait_accessible()
+        else:
+            self.status_item.get("Id")
 
-    def wait_ready(self):
+    def _wait_accessible(self):
         def ready():
             if not self.process.running():
                 raise RuntimeError(f"the program ended with {self.process.popen.returncode}:\n{self.process.output}")
@@ -137,6 +163,10 @@ class Lumiwren:
     def status_item(self):
         return wait_for_item(self.desktop.bus, self.process.pid)
 
+    def processes(self):
+        """What runs of the program, helpers included: (pid, command line) of each."""
+        return leftovers(self.mark)
+
     def press_hotkey(self, key="e"):
         """Alt+Shift and the key, all at once, as quick as fingers never are."""
         self.desktop.display.press("Alt", "Shift", key)
@@ -150,5 +180,11 @@ class Lumiwren:
         self.status_item.choose("Quit")
         return self.process.wait()
 
-    def close(self):
-        self.process.close()
+    def terminate(self):
+        """Ends the program as the end of a session does; the exit status."""
+        self.process.popen.terminate()
+        return self.process.wait()
+
+    def kill(self):
+        """Ends the program as a crash does."""
+        self.process.kill()

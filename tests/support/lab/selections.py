@@ -7,7 +7,7 @@ import time
 from dataclasses import dataclass
 
 import Xlib.display
-import Xlib.error
+import Xlib.protocol.request
 from Xlib import X
 
 from .process import Process
@@ -96,6 +96,12 @@ class SelectionReader:
     def text(self, selection="CLIPBOARD", timeout=20.0):
         value = self.read("UTF8_STRING", selection, timeout)
         return None if value is None else value.data.decode()
+
+    def clear(self, selection="CLIPBOARD"):
+        """Takes the selection away from its owner; nobody owns it then."""
+        Xlib.protocol.request.SetSelectionOwner(display=self.x.display, window=X.NONE,
+                                                selection=self.x.get_atom(selection), time=X.CurrentTime)
+        wait_until(lambda: not self.owner(selection), "an unowned selection")
 
     def close(self):
         self.x.close()

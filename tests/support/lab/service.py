@@ -3,7 +3,9 @@
 import json
 import select
 import socket
+import ssl
 import struct
+import subprocess
 import threading
 import time
 from dataclasses import dataclass, field
@@ -127,10 +129,25 @@ class Exchange:
         raise ConnectionError("reset")
 
 
-class StandInService:
-    """`answer(exchange)` is called for each request on the thread of its connection."""
+def _make_certificate(folder):
+    """A certificate for 127.0.0.1 in a folder in the form in which OpenSSL looks certificates up."""
+    key, certificate = folder / "key", folder / "authority.pem"
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+                    "-keyout", key, "-out", certificate, "-days", "2", "-subj", "/CN=Stand-in", "-addext",
+                    "subjectAltName=IP:127.0.0.1"], check=True, capture_output=True)
+    subprocess.run(["openssl", "rehash", folder], check=True, capture_output=True)
+    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+    context.load_cert_chain(certificate, key)
+    return context
 
-    def __init__(self, answer=None):
+
+class StandInService:
+    """`answer(exchange)` is called for each request on the thread of its connection.
+
+    With a folder for a `certificate` it speaks TLS; the folder is then what SSL_CERT_DIR has to name.
+    """
+
+    def __init__(self, answer=None, certificate=None):
         self.answer = answer or (lambda exchange: exchange.answer("Answer."))
         self.requests = []
         self.connections = 0
@@ -139,7 +156,8 @@ class StandInService:
         self._sockets = []
         self._listener = socket.create_server(("127.0.0.1", 0))
         self.port = self._listener.getsockname()[1]
-        self.url = f"http://127.0.0.1:{self.port}/v1"
+        self._tls = certificate and _make_certificate(certificate)
+        self.url = f"{'https' if certificate else 'http'}://127.0.0.1:{self.port}/v1"
         threading.Thread(target=self._accept, daemon=True).start()
 
     def _accept(self):
@@ -155,6 +173,8 @@ class StandInService:
 
     def _serve(self, connection, number):
         try:
+            if self._tls:
+                connection = self._tls.wrap_socket(connection, server_side=True)
             while request := self._read(connection, number):
                 self.requests.append(request)
                 try:

@@ -1,4 +1,4 @@
-"""A Secret Service with one locked item that it never gives away; see lab/keyring.py for the behaviours."""
+"""A Secret Service with one locked item; prints what happens to it. The behaviours are those of lab/keyring.py."""
 
 import sys
 
@@ -61,25 +61,30 @@ def on_call(connection, sender, _path, _interface, method, arguments, invocation
     elif method == "SearchItems":
         invocation.return_value(GLib.Variant("(aoao)", ([], [ITEM])))
     elif method == "Unlock":
-        invocation.return_value(GLib.Variant("(aoo)", ([], PROMPT)))
+        if BEHAVIOUR != "unlock-silent":
+            invocation.return_value(GLib.Variant("(aoo)", ([], PROMPT)))
     elif method == "GetSecrets":
-        invocation.return_value(GLib.Variant("(a{o(oayays)})", ({},)))
+        secrets = {ITEM: (ROOT + "/session/1", b"", b"sk-unlocked", "text/plain")} if BEHAVIOUR == "unlocked" else {}
+        invocation.return_value(GLib.Variant("(a{o(oayays)})", (secrets,)))
     elif method == "ReadAlias":
         invocation.return_value(GLib.Variant("(o)", (COLLECTION,)))
     elif method == "Prompt":
         print("prompt", flush=True)
         invocation.return_value(None)
         if BEHAVIOUR == "dismissed":
-            completed(connection, sender)
+            completed(connection, sender, dismissed=True)
+        elif BEHAVIOUR == "unlocked":
+            completed(connection, sender, dismissed=False)
     elif method == "Dismiss":
         print("withdrawn", flush=True)
-        invocation.return_value(None)
-        completed(connection, sender)
+        if BEHAVIOUR != "stuck":
+            invocation.return_value(None)
+            completed(connection, sender, dismissed=True)
 
 
-def completed(connection, receiver):
+def completed(connection, receiver, dismissed):
     connection.emit_signal(receiver, PROMPT, SECRET + "Prompt", "Completed",
-                           GLib.Variant("(bv)", (True, GLib.Variant("ao", []))))
+                           GLib.Variant("(bv)", (dismissed, GLib.Variant("ao", [] if dismissed else [ITEM]))))
 
 
 def on_bus(connection, _name):
@@ -94,6 +99,6 @@ def on_bus(connection, _name):
                                    lambda _c, _s, _p, _i, prop: PROPERTIES[prop], None)
 
 
-Gio.bus_own_name(Gio.BusType.SESSION, "org.freedesktop.secrets", Gio.BusNameOwnerFlags.NONE, on_bus, None,
-                 lambda *_: sys.exit("the name is taken"))
+Gio.bus_own_name(Gio.BusType.SESSION, "org.freedesktop.secrets", Gio.BusNameOwnerFlags.NONE, on_bus,
+                 lambda *_: print("ready", flush=True), lambda *_: sys.exit("the name is taken"))
 GLib.MainLoop().run()
