@@ -1,13 +1,13 @@
 #pragma once
 
+#include "base/Task.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
 #include <stop_token>
 #include <utility>
-
-#include "base/Task.h"
 
 namespace lumiwren {
 

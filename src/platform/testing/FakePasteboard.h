@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/Task.h"
+#include "platform/Pasteboard.h"
+
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -9,9 +12,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "base/Task.h"
-#include "platform/Pasteboard.h"
 
 namespace lumiwren::testing {
 

@@ -1,5 +1,7 @@
 // lumiwren-pasteboard keeps what the program has put back on the clipboard when the program has ended.
 
+#include "platform/linux/x11/selection/PasteboardHolder.h"
+
 #include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -7,8 +9,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-
-#include "platform/linux/x11/PasteboardHolder.h"
 
 int main() {
   // Where the program leaves the socket through which the contents come.

@@ -1,13 +1,13 @@
 #include "platform/linux/x11/X11Pasteboard.h"
 
+#include "platform/linux/x11/selection/PasteboardHolderClient.h"
+#include "platform/linux/x11/selection/SelectionText.h"
+#include "platform/linux/x11/selection/SelectionThread.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
 #include <vector>
-
-#include "platform/linux/x11/PasteboardHolderClient.h"
-#include "platform/linux/x11/SelectionText.h"
-#include "platform/linux/x11/SelectionThread.h"
 
 namespace lumiwren {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Pasteboard.h"
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -8,8 +10,6 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
-
-#include "platform/Pasteboard.h"
 
 namespace lumiwren {
 

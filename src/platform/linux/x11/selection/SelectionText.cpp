@@ -1,8 +1,8 @@
-#include "platform/linux/x11/SelectionText.h"
-
-#include <cstdint>
+#include "platform/linux/x11/selection/SelectionText.h"
 
 #include "base/Unicode.h"
+
+#include <cstdint>
 
 namespace lumiwren {
 

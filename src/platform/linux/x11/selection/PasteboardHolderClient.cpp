@@ -1,4 +1,7 @@
-#include "platform/linux/x11/PasteboardHolderClient.h"
+#include "platform/linux/x11/selection/PasteboardHolderClient.h"
+
+#include "platform/linux/x11/selection/PasteboardHolder.h"
+#include "platform/linux/x11/selection/PasteboardParcel.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -13,9 +16,6 @@
 #include <cstdio>
 #include <system_error>
 #include <utility>
-
-#include "platform/linux/x11/PasteboardHolder.h"
-#include "platform/linux/x11/PasteboardParcel.h"
 
 namespace lumiwren {
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/Pasteboard.h"
+#include "platform/linux/FileDescriptor.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <mutex>
 #include <thread>
-
-#include "platform/Pasteboard.h"
-#include "platform/linux/FileDescriptor.h"
 
 namespace lumiwren {
 

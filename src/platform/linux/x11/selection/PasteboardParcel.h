@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-
 #include "platform/Pasteboard.h"
 #include "platform/linux/FileDescriptor.h"
+
+#include <cstdint>
+#include <optional>
 
 namespace lumiwren {
 

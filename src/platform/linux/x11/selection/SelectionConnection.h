@@ -1,22 +1,16 @@
 #pragma once
 
+#include "platform/linux/x11/XReply.h"
+
 #include <xcb/xcb.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace lumiwren {
-
-struct FreeReply {
-  void operator()(void *reply) const noexcept { std::free(reply); }
-};
-/// What xcb hands over: replies and events.
-template <typename T>
-using XReply = std::unique_ptr<T, FreeReply>;
 
 /// A connection to the X server for what moves selections, with the names of atoms. One thread.
 class SelectionConnection {

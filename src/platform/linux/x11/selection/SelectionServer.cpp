@@ -1,4 +1,4 @@
-#include "platform/linux/x11/SelectionServer.h"
+#include "platform/linux/x11/selection/SelectionServer.h"
 
 #include <algorithm>
 #include <stdexcept>

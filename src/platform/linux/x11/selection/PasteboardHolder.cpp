@@ -1,4 +1,7 @@
-#include "platform/linux/x11/PasteboardHolder.h"
+#include "platform/linux/x11/selection/PasteboardHolder.h"
+
+#include "platform/linux/x11/selection/PasteboardParcel.h"
+#include "platform/linux/x11/selection/SelectionServer.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -8,9 +11,6 @@
 #include <chrono>
 #include <exception>
 #include <optional>
-
-#include "platform/linux/x11/PasteboardParcel.h"
-#include "platform/linux/x11/SelectionServer.h"
 
 namespace lumiwren {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Pasteboard.h"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -9,8 +11,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "platform/Pasteboard.h"
 
 namespace lumiwren {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/Pasteboard.h"
+#include "platform/linux/x11/selection/SelectionConnection.h"
+
 #include <xcb/xcb.h>
 
 #include <chrono>
@@ -8,9 +11,6 @@
 #include <memory>
 #include <optional>
 #include <vector>
-
-#include "platform/Pasteboard.h"
-#include "platform/linux/x11/SelectionConnection.h"
 
 namespace lumiwren {
 

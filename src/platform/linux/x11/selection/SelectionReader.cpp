@@ -1,4 +1,4 @@
-#include "platform/linux/x11/SelectionReader.h"
+#include "platform/linux/x11/selection/SelectionReader.h"
 
 #include <algorithm>
 #include <limits>

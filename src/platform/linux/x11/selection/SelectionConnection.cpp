@@ -1,4 +1,4 @@
-#include "platform/linux/x11/SelectionConnection.h"
+#include "platform/linux/x11/selection/SelectionConnection.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/PasteboardParcel.h"
+#include "platform/linux/x11/selection/PasteboardParcel.h"
 
 #include <sys/mman.h>
 #include <sys/socket.h>

@@ -1,4 +1,9 @@
-#include "platform/linux/x11/SelectionThread.h"
+#include "platform/linux/x11/selection/SelectionThread.h"
+
+#include "platform/linux/Answer.h"
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/x11/selection/SelectionConnection.h"
+#include "platform/linux/x11/selection/SelectionReader.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -13,11 +18,6 @@
 #include <stdexcept>
 #include <system_error>
 #include <utility>
-
-#include "platform/linux/Answer.h"
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/x11/SelectionConnection.h"
-#include "platform/linux/x11/SelectionReader.h"
 
 namespace lumiwren {
 

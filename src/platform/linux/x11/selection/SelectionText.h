@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/Pasteboard.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "platform/Pasteboard.h"
 
 namespace lumiwren {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/Pasteboard.h"
+#include "platform/linux/x11/selection/SelectionConnection.h"
+
 #include <xcb/xcb.h>
 
 #include <cstdint>
@@ -7,9 +10,6 @@
 #include <optional>
 #include <unordered_map>
 #include <vector>
-
-#include "platform/Pasteboard.h"
-#include "platform/linux/x11/SelectionConnection.h"
 
 namespace lumiwren {
 
