@@ -13,7 +13,7 @@ from . import keyring, tray
 from .accessibility import Accessibility
 from .bus import Bus, Connection
 from .display import Display, Xephyr, XServer, run_tool
-from .process import RUN, Process, wait_for_end
+from .process import RUN, Process, folder_prefix, wait_for_end
 from .selections import SelectionOwner, SelectionReader
 from .waiting import wait_until
 
@@ -68,6 +68,7 @@ class Desktop(contextlib.ExitStack):
         self.directory = directory
         self.mark = f"{RUN}-{next(_numbers)}"
         self._logs = itertools.count(1)
+        self._scope = self
 
     def __enter__(self):
         try:
@@ -80,7 +81,7 @@ class Desktop(contextlib.ExitStack):
     def _start(self):
         # Removed last: only when every process is gone does nothing write there any more.
         if self.directory is None:
-            self.directory = pathlib.Path(tempfile.mkdtemp(prefix="lumiwren-lab-"))
+            self.directory = pathlib.Path(tempfile.mkdtemp(prefix=folder_prefix()))
             self.callback(shutil.rmtree, self.directory, ignore_errors=True)
         self.directory = pathlib.Path(self.directory)
         self.callback(self._check_nothing_left)
@@ -163,8 +164,18 @@ class Desktop(contextlib.ExitStack):
         wait_until(up, argv[0])
 
     def _own(self, thing):
-        self.callback(thing.close)
+        self._scope.callback(thing.close)
         return thing
+
+    @contextlib.contextmanager
+    def scope(self):
+        """What is started within ends with it, the desktop stays."""
+        with contextlib.ExitStack() as stack:
+            outer, self._scope = self._scope, stack
+            try:
+                yield self
+            finally:
+                self._scope = outer
 
     def _check_nothing_left(self):
         left = wait_for_end(self.mark)

@@ -5,18 +5,22 @@ all that bear the mark when this process is gone, however it went; `leftovers()`
 """
 
 import atexit
+import contextlib
 import ctypes
 import os
 import pathlib
+import shutil
 import signal
 import subprocess
 import sys
+import tempfile
+import time
 import uuid
 
 from .waiting import wait_until
 
 MARK = "LUMIWREN_LAB"
-RUN = uuid.uuid4().hex
+RUN = uuid.uuid4().hex[:12]
 _PR_SET_PDEATHSIG = 1
 _libc = ctypes.CDLL(None)
 _watchdog = None
@@ -52,11 +56,24 @@ def leftovers(mark=RUN):
 
 
 def kill_marked(mark=RUN):
-    for pid in _marked(mark):
-        try:
-            os.kill(pid, signal.SIGKILL)
-        except ProcessLookupError:
-            pass
+    """Until there are none: one that is ended may just have started another."""
+    while pids := _marked(mark):
+        for pid in pids:
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(pid, signal.SIGKILL)
+        time.sleep(0.005)
+
+
+def folder_prefix(mark=RUN):
+    """How the names of all temporary folders of this process begin."""
+    return f"lumiwren-lab-{mark}-"
+
+
+def clean_up(mark):
+    """Ends the processes and removes the folders that a process has left which could not do it itself."""
+    kill_marked(mark)
+    for folder in pathlib.Path(tempfile.gettempdir()).glob(folder_prefix(mark) + "*"):
+        shutil.rmtree(folder, ignore_errors=True)
 
 
 def _start_watchdog():
@@ -69,7 +86,7 @@ def _start_watchdog():
                 "sys.path.insert(0, sys.argv[1])\n"
                 "from lab import process\n"
                 "os.read(int(sys.argv[2]), 1)\n"
-                "process.kill_marked(sys.argv[3])\n")
+                "process.clean_up(sys.argv[3])\n")
         support = str(pathlib.Path(__file__).resolve().parents[1])
         watchdog = subprocess.Popen(
             [sys.executable, "-c", code, support, str(reading), RUN], pass_fds=[reading], start_new_session=True,
