@@ -1,1 +1,51 @@
-// To be written.
+#include "popup/ActivatingTextField.h"
+
+#include "popup/KeyablePanel.h"
+#include "ui/Fonts.h"
+
+namespace lumiwren {
+
+ActivatingTextField::ActivatingTextField(QWidget *parent) : QLineEdit(parent) {
+  setFont(systemFont(13));
+  setFrame(false);
+  setTextMargins(0, 0, 0, 0);
+}
+
+void ActivatingTextField::setDisabledWhileBusy(bool disabled) {
+  if (disabled == !isEnabled()) {
+    return;
+  }
+  if (disabled) {
+    hadFocus_ = window()->focusWidget() == this;
+    clearFocus();  // Else the toolkit gives the keyboard to some button.
+    setEnabled(false);
+  } else {
+    setEnabled(true);
+    if (hadFocus_ && !window()->focusWidget()) {
+      setFocus(Qt::OtherFocusReason);
+    }
+  }
+}
+
+void ActivatingTextField::activate() {
+  if (auto *const panel = qobject_cast<KeyablePanel *>(window())) {
+    panel->makeKey();
+  }
+}
+
+void ActivatingTextField::mousePressEvent(QMouseEvent *event) {
+  activate();
+  QLineEdit::mousePressEvent(event);
+}
+
+void ActivatingTextField::mouseDoubleClickEvent(QMouseEvent *event) {
+  activate();  // A press soon after another one, whichever window that was in, is no press to the toolkit.
+  QLineEdit::mouseDoubleClickEvent(event);
+}
+
+void ActivatingTextField::focusInEvent(QFocusEvent *event) {
+  activate();
+  QLineEdit::focusInEvent(event);
+}
+
+}  // namespace lumiwren

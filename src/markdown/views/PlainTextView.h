@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+#include "markdown/views/SelectableTextView.h"
+
+namespace lumiwren {
+
+/// A text as it stands, in the user-interface font.
+class PlainTextView : public SelectableTextView {
+  Q_OBJECT
+
+public:
+  explicit PlainTextView(int fontSize, QWidget *parent = nullptr);
+
+  /// True when the text is another one than before.
+  bool setText(const QString &text);
+  /// The width at which no line has to be wrapped.
+  int idealWidth() const;
+
+private:
+  const int fontSize_;
+  QString text_;
+};
+
+}  // namespace lumiwren

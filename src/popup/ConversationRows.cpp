@@ -1,0 +1,125 @@
+#include "popup/ConversationRows.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <algorithm>
+
+#include "ui/Fonts.h"
+#include "ui/Palette.h"
+#include "ui/ProgressIndicator.h"
+#include "ui/Symbols.h"
+
+namespace lumiwren {
+namespace {
+
+constexpr int fontSize = 13;
+
+constexpr int bubbleHorizontalPadding = 12;
+constexpr int bubbleVerticalPadding = 8;
+constexpr int bubbleRadius = 8;
+
+constexpr int errorSymbolSize = 16;
+constexpr int errorSpacing = 8;
+
+constexpr int indicatorSize = 16;  // scaled to 0.8 when drawn
+constexpr int loadingPadding = 40;
+constexpr int loadingSpacing = 8;
+
+}  // namespace
+
+UserBubble::UserBubble(QWidget *parent) : QWidget(parent), text_(new PlainTextView(fontSize, this)) {
+  text_->setAccessibleName(QStringLiteral("Question"));
+}
+
+bool UserBubble::setText(const QString &text) {
+  const bool changed = text_->setText(text);
+  if (changed) {
+    update();
+  }
+  return changed;
+}
+
+QRect UserBubble::bubble(int width) const {
+  const int bubbleWidth = std::min(width, text_->idealWidth() + 2 * bubbleHorizontalPadding);
+  const int textHeight = text_->layOut(bubbleWidth - 2 * bubbleHorizontalPadding);
+  return {width - bubbleWidth, 0, bubbleWidth, textHeight + 2 * bubbleVerticalPadding};
+}
+
+int UserBubble::heightForWidth(int width) const {
+  return bubble(width).height();
+}
+
+void UserBubble::resizeEvent(QResizeEvent *event) {
+  text_->setGeometry(bubble(width()).adjusted(bubbleHorizontalPadding, bubbleVerticalPadding,
+                                              -bubbleHorizontalPadding, -bubbleVerticalPadding));
+  QWidget::resizeEvent(event);
+}
+
+void UserBubble::paintEvent(QPaintEvent * /*event*/) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(lumiwrenPurple(0.2));
+  painter.drawRoundedRect(bubble(width()), bubbleRadius, bubbleRadius);
+}
+
+ErrorRow::ErrorRow(QWidget *parent) : QWidget(parent), text_(new PlainTextView(fontSize, this)) {
+  text_->setAccessibleName(QStringLiteral("Error"));
+}
+
+void ErrorRow::setText(const QString &text) {
+  text_->setText(text);
+}
+
+void ErrorRow::setVerticalPadding(int top, int bottom) {
+  top_ = top;
+  bottom_ = bottom;
+}
+
+int ErrorRow::heightForWidth(int width) const {
+  const int textHeight = text_->layOut(width - errorSymbolSize - errorSpacing);
+  return top_ + std::max(textHeight, errorSymbolSize) + bottom_;
+}
+
+void ErrorRow::resizeEvent(QResizeEvent *event) {
+  text_->setGeometry(errorSymbolSize + errorSpacing, top_, width() - errorSymbolSize - errorSpacing,
+                     height() - top_ - bottom_);
+  QWidget::resizeEvent(event);
+}
+
+void ErrorRow::paintEvent(QPaintEvent * /*event*/) {
+  QPainter painter(this);
+  painter.drawPixmap(0, top_,
+                     symbol(QStringLiteral("exclamationmark.triangle.fill"), errorSymbolSize,
+                            SemanticColors(palette()).orange, devicePixelRatioF()));
+}
+
+LoadingRow::LoadingRow(QWidget *parent) : QWidget(parent), label_(new QLabel(this)) {
+  label_->setTextFormat(Qt::PlainText);
+  label_->setText(QStringLiteral("Getting explanation..."));
+  label_->setFont(systemFont(fontSize));
+  auto *const layout = new QHBoxLayout(this);
+  layout->setContentsMargins(0, loadingPadding, 0, loadingPadding);
+  layout->setSpacing(loadingSpacing);
+  layout->addStretch();
+  layout->addWidget(new ProgressIndicator(indicatorSize, this));
+  layout->addWidget(label_);
+  layout->addStretch();
+  tint();
+}
+
+void LoadingRow::changeEvent(QEvent *event) {
+  if (event->type() == QEvent::PaletteChange) {
+    tint();
+  }
+  QWidget::changeEvent(event);
+}
+
+void LoadingRow::tint() {
+  auto tinted = label_->palette();
+  tinted.setColor(QPalette::WindowText, SemanticColors(palette()).secondary);
+  label_->setPalette(tinted);
+}
+
+}  // namespace lumiwren
