@@ -93,6 +93,17 @@ GType serviceType() {
 /// What stays open between operations.
 class LibsecretSecretStore::Session {
 public:
+  Session() = default;
+  Session(const Session &) = delete;
+  Session &operator=(const Session &) = delete;
+  ~Session() {
+    service_.reset();
+    connection_.reset();
+    // Subscriptions are freed where their signals would have arrived.
+    while (g_main_context_iteration(context_.get(), FALSE) != FALSE) {
+    }
+  }
+
   GMainContext *context() const { return context_.get(); }
   SecretService *service() const { return service_.get(); }
 
