@@ -1,1 +1,98 @@
-// To be written.
+#include "platform/linux/session/LinuxPlatform.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/linux/CurlHTTPClient.h"
+#include "platform/linux/JSONUserDefaults.h"
+#include "platform/linux/LibsecretSecretStore.h"
+#include "platform/linux/session/LocalEventMonitors.h"
+#include "platform/linux/session/UnavailableSession.h"
+#include "platform/linux/x11/X11Session.h"
+
+namespace lumiwren {
+namespace {
+
+constexpr std::string_view moreTerminalsKey = "terminalWindowClasses";
+
+std::unique_ptr<X11Session> makeX11Session(MainQueue &mainQueue, UserDefaults &defaults) {
+  const auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  if (x11 == nullptr) {
+    std::fprintf(stderr,
+                 "lumiwren: this is no X11 session (\"%s\"): hotkeys and selected text are out of reach\n",
+                 qPrintable(QGuiApplication::platformName()));
+    return nullptr;
+  }
+  const std::string folder = QCoreApplication::applicationDirPath().toStdString();
+  return std::make_unique<X11Session>(
+      mainQueue, X11Session::Options{.toolkitConnection = x11->connection(),
+                                     .pixelsPerPoint = qGuiApp->devicePixelRatio(),
+                                     .holder = folder + "/lumiwren-pasteboard",
+                                     .moreTerminals = defaults.stringArrayForKey(moreTerminalsKey)});
+}
+
+/// Other programs' presses come from the display server, our own from the toolkit.
+class SessionEventMonitors : public EventMonitors {
+public:
+  explicit SessionEventMonitors(X11Session *session) : session_(session) {}
+
+  Handle addGlobalMonitor(std::uint32_t mask, GlobalHandler handler) override {
+    return session_ != nullptr ? session_->addGlobalMonitor(mask, std::move(handler)) : Handle();
+  }
+  Handle addLocalMonitor(std::uint32_t mask, LocalHandler handler) override {
+    return local_.addLocalMonitor(mask, std::move(handler));
+  }
+
+private:
+  X11Session *const session_;
+  LocalEventMonitors local_;
+};
+
+class LinuxPlatform : public Platform {
+public:
+  explicit LinuxPlatform(MainQueue &mainQueue) : x11_(makeX11Session(mainQueue, userDefaults_)) {}
+
+  EventMonitors &eventMonitors() override { return eventMonitors_; }
+  Pasteboard &pasteboard() override { return x11_ ? x11_->pasteboard() : unavailable_.pasteboard; }
+  SelectionCopy &selectionCopy() override {
+    return x11_ ? x11_->selectionCopy() : unavailable_.selectionCopy;
+  }
+  AccessibilityTrust &accessibilityTrust() override {
+    return x11_ ? x11_->accessibilityTrust() : unavailable_.accessibilityTrust;
+  }
+  Screens &screens() override { return x11_ ? x11_->screens() : unavailable_.screens; }
+  PanelWindows &panelWindows() override { return x11_ ? x11_->panelWindows() : unavailable_.panelWindows; }
+  HTTPClient &httpClient() override { return httpClient_; }
+  SecretStore &secretStore() override { return secretStore_; }
+  UserDefaults &userDefaults() override { return userDefaults_; }
+
+private:
+  JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
+  CurlHTTPClient httpClient_;
+  LibsecretSecretStore secretStore_;
+  const std::unique_ptr<X11Session> x11_;
+  SessionEventMonitors eventMonitors_{x11_.get()};
+  struct {
+    UnavailablePasteboard pasteboard;
+    UnavailableSelectionCopy selectionCopy;
+    UnavailableAccessibility accessibilityTrust;
+    UnavailableScreens screens;
+    UnavailablePanelWindows panelWindows;
+  } unavailable_;
+};
+
+}  // namespace
+
+std::unique_ptr<Platform> makeLinuxPlatform(MainQueue &mainQueue) {
+  return std::make_unique<LinuxPlatform>(mainQueue);
+}
+
+std::unique_ptr<SecretStore> makeSecretStore() {
+  return std::make_unique<LibsecretSecretStore>();
+}
+
+}  // namespace lumiwren

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "actions/CustomActionManager.h"
+#include "ai/KeychainManager.h"
+#include "ai/OpenAIAPIService.h"
+#include "base/MainQueue.h"
+#include "base/Task.h"
+#include "base/Weak.h"
+#include "input/HotkeyManager.h"
+#include "platform/Platform.h"
+#include "popup/ExplanationPopupController.h"
+
+namespace lumiwren {
+
+/// Turns the request to run an action into a streamed answer in the popup. Main thread.
+class ActionDispatch {
+public:
+  /// What dispatching works with; all of it outlives the dispatch and its tasks.
+  struct Services {
+    Platform &platform;
+    MainQueue &mainQueue;
+    CustomActionManager &actions;
+    KeychainManager &keychain;
+    OpenAIAPIService &service;
+    HotkeyManager &hotkeys;
+    ExplanationPopupController &popup;
+  };
+
+  /// `showAccessibilityAlert` tells the user that the permission is missing.
+  ActionDispatch(const Services &services, std::function<void()> showAccessibilityAlert);
+
+  /// Runs an action on each press of its hotkey from now on.
+  void setupHotkey();
+  /// Returns at once; whatever comes of it is seen in the popup or in an alert.
+  void dispatchAction(const CustomAction &action);
+
+private:
+  void checkKey();
+  void keyChecked(bool hasKey);
+  void triggerActionWithText(const CustomAction &action);
+  void showError(const std::string &message);
+
+  const Services services_;
+  const std::function<void()> showAccessibilityAlert_;
+  Task keyCheck_;
+  std::optional<CustomAction> awaitingKey_;  // the latest action whose key check has not ended
+  Task currentStreamingTask_;
+  WeakAnchor<ActionDispatch> anchor_{this};
+};
+
+}  // namespace lumiwren

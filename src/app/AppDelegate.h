@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "app/ActionDispatch.h"
+#include "app/StatusItem.h"
+
+namespace lumiwren {
+
+/// The program's life between its start and its end. Main thread.
+class AppDelegate {
+public:
+  /// `terminate` ends the program's event loop.
+  AppDelegate(const ActionDispatch::Services &services, std::function<void()> terminate);
+
+  void applicationDidFinishLaunching();
+  void applicationWillTerminate();
+
+private:
+  void setupMenuBar();
+  void checkAccessibilityPermission();
+  void showAccessibilityAlert();
+
+  const ActionDispatch::Services services_;
+  const std::function<void()> terminate_;
+  std::optional<StatusItem> statusItem_;
+  ActionDispatch dispatch_;
+  WeakAnchor<AppDelegate> anchor_{this};
+};
+
+}  // namespace lumiwren

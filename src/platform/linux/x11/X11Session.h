@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/Handle.h"
+#include "base/MainQueue.h"
+#include "platform/AccessibilityTrust.h"
+#include "platform/EventMonitors.h"
+#include "platform/PanelWindows.h"
+#include "platform/Pasteboard.h"
+#include "platform/Screens.h"
+#include "platform/SelectionCopy.h"
+
+namespace lumiwren {
+
+/// Every facility that an X11 session offers, on connections of their own to the server that DISPLAY names.
+class X11Session {
+public:
+  struct Options {
+    void *toolkitConnection;                 // xcb_connection_t, on which the program's windows are made
+    double pixelsPerPoint;                   // the toolkit's
+    std::filesystem::path holder;            // lumiwren-pasteboard
+    std::vector<std::string> moreTerminals;  // window classes of terminal emulators that are not known
+  };
+
+  X11Session(MainQueue &mainQueue, const Options &options);
+  ~X11Session();
+
+  /// See EventMonitors.
+  Handle addGlobalMonitor(std::uint32_t mask, EventMonitors::GlobalHandler handler);
+  Pasteboard &pasteboard();
+  SelectionCopy &selectionCopy();
+  AccessibilityTrust &accessibilityTrust();
+  Screens &screens();
+  PanelWindows &panelWindows();
+
+private:
+  struct Facilities;
+  const std::unique_ptr<Facilities> facilities_;
+};
+
+}  // namespace lumiwren

@@ -1,0 +1,350 @@
+#include "app/ActionDispatch.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <QApplication>
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ai/LumiwrenError.h"
+#include "platform/KeyCodes.h"
+#include "platform/testing/FakePlatform.h"
+
+namespace lumiwren {
+namespace {
+
+using ::testing::Contains;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::Field;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+constexpr std::chrono::seconds patience{20};
+
+/// What the popup shows at one moment.
+struct Shown {
+  std::string originalText;
+  std::optional<std::string> explanation;
+  bool isLoading = false;
+  std::optional<std::string> error;
+  friend bool operator==(const Shown &, const Shown &) = default;
+};
+
+std::string chunk(const std::string &content) {
+  const nlohmann::json json = {{"choices", {{{"index", 0}, {"delta", {{"content", content}}}}}}};
+  return "data: " + json.dump() + "\n\n";
+}
+
+class ActionDispatchTest : public ::testing::Test {
+protected:
+  ActionDispatchTest() {
+    static int argumentCount = 1;
+    static char name[] = "test_app";
+    static char *arguments[] = {name, nullptr};
+    static QApplication application(argumentCount, arguments);
+
+    mainQueue.setWaker([this] {
+      const std::lock_guard lock(mutex);
+      awake = true;
+      woken.notify_all();
+    });
+    platform.selectionCopy().onCopy = [this] { platform.pasteboard().copy(); };
+    platform.secretStore().add(KeychainManager::service, KeychainManager::apiKeyAccount,
+                               Secret::copyOf("sk-test"));
+    select("the selection");
+    dispatch->setupHotkey();
+  }
+  ~ActionDispatchTest() override {
+    platform.secretStore().setSilent(false);
+    dispatch.reset();
+    mainQueue.close();
+    EXPECT_TRUE(Task::endAll(patience));
+  }
+
+  void select(const std::string &text) {
+    platform.pasteboard().setNextCopy(testing::FakePasteboard::text(text));
+  }
+
+  CustomAction addAction(const std::string &prompt,
+                         CustomAction::InputType inputType = CustomAction::InputType::TextSelection) {
+    const CustomAction action{
+        .id = UUID::random(), .name = "An action", .prompt = prompt, .inputType = inputType};
+    actions.addAction(action);
+    return action;
+  }
+
+  Shown shown() {
+    const PopupState &state = popup.popupState();
+    return {state.originalText(), state.explanation(), state.isLoading(), state.error()};
+  }
+
+  /// Runs the main queue until `condition` holds.
+  void waitUntil(const std::function<bool()> &condition) {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!condition()) {
+      {
+        std::unique_lock lock(mutex);
+        ASSERT_TRUE(woken.wait_until(lock, deadline, [this] { return awake; })) << "nothing happened";
+        awake = false;
+      }
+      mainQueue.runPending();
+    }
+  }
+  void waitUntilShown(const Shown &expected) {
+    waitUntil([&] { return shown() == expected; });
+    EXPECT_EQ(shown(), expected);
+  }
+
+  nlohmann::json sentBody(std::size_t request) {
+    return nlohmann::json::parse(platform.httpClient().requests().at(request).body);
+  }
+  std::string sentPrompt(std::size_t request) {
+    return sentBody(request).at("messages").at(0).at("content").get<std::string>();
+  }
+  /// Runs an action with this prompt on `selection` and returns the prompt that is sent.
+  std::string promptSentFor(const std::string &prompt, const std::string &selection) {
+    select(selection);
+    platform.httpClient().expect(200);
+    dispatch->dispatchAction(addAction(prompt));
+    waitUntilShown({selection, "", false, std::nullopt});
+    return sentPrompt(0);
+  }
+
+  std::mutex mutex;
+  std::condition_variable woken;
+  bool awake = false;
+
+  testing::FakePlatform platform;
+  MainQueue mainQueue;
+  KeychainManager keychain{platform.secretStore()};
+  OpenAIAPIService service{
+      platform.httpClient(), keychain, mainQueue, {.baseURL = "http://127.0.0.1/", .model = "a-model"}};
+  CustomActionManager actions{platform.userDefaults()};
+  HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
+  ExplanationPopupController popup{platform.eventMonitors(),
+                                   platform.pasteboard(),
+                                   platform.screens(),
+                                   platform.panelWindows(),
+                                   service,
+                                   keychain,
+                                   mainQueue};
+  int alerts = 0;
+  std::optional<ActionDispatch> dispatch{
+      std::in_place,
+      ActionDispatch::Services{platform, mainQueue, actions, keychain, service, hotkeys, popup},
+      [this] { ++alerts; }};
+};
+
+TEST_F(ActionDispatchTest, AHotkeyPressStreamsTheAnswerIntoThePopup) {
+  const auto exchange = platform.httpClient().expect();
+  platform.eventMonitors().pressKeyElsewhere(keyCode::e, modifier::option | modifier::shift);
+  waitUntilShown({"Getting text...", std::nullopt, true, std::nullopt});
+  waitUntilShown({"the selection", std::nullopt, true, std::nullopt});
+  exchange->respond(200).push(chunk("Hel"));
+  waitUntilShown({"the selection", "Hel", true, std::nullopt});
+  exchange->push(chunk("lo"));
+  waitUntilShown({"the selection", "Hello", true, std::nullopt});
+  exchange->end();
+  waitUntilShown({"the selection", "Hello", false, std::nullopt});
+  EXPECT_NE(popup.panel(), nullptr);
+}
+
+TEST_F(ActionDispatchTest, SendsOneUserMessageWithTheModelAndTheLimitAsAStream) {
+  promptSentFor("Explain: {text}", "this");
+  EXPECT_EQ(sentBody(0), (nlohmann::json{{"model", "a-model"},
+                                         {"messages", {{{"role", "user"}, {"content", "Explain: this"}}}},
+                                         {"max_tokens", 500},
+                                         {"stream", true}}));
+}
+
+TEST_F(ActionDispatchTest, APlaceholderThatStandsTwiceIsFilledAtBothPlaces) {
+  EXPECT_EQ(promptSentFor("{text} and {text}!", "A"), "A and A!");
+}
+
+TEST_F(ActionDispatchTest, APromptWithoutThePlaceholderIsSentAsItIs) {
+  EXPECT_EQ(promptSentFor("Tell a joke. {TEXT}{ text }", "A"), "Tell a joke. {TEXT}{ text }");
+}
+
+TEST_F(ActionDispatchTest, APlaceholderInTheSelectionIsNotExpanded) {
+  EXPECT_EQ(promptSentFor("<{text}>", "a {text} b"), "<a {text} b>");
+}
+
+TEST_F(ActionDispatchTest, OfTwoQuickPressesOnlyTheSecondIsAnsweredAndNoErrorIsShown) {
+  std::vector<Shown> history;
+  const Handle watching = popup.popupState().observe([&] { history.push_back(shown()); });
+  const auto first = platform.httpClient().expect();
+  first->respond(200).push(chunk("of the first"));
+  const auto second = platform.httpClient().expect();
+  const CustomAction action = addAction("{text}");
+  dispatch->dispatchAction(action);
+  waitUntilShown({"the selection", "of the first", true, std::nullopt});
+
+  select("another selection");
+  dispatch->dispatchAction(action);
+  waitUntilShown({"Getting text...", std::nullopt, true, std::nullopt});
+  first->waitUntilClosed();
+  const std::size_t secondBegins = history.size();
+  first->push(chunk(" too late")).end();
+  second->respond(200).push(chunk("of the second")).end();
+  waitUntilShown({"another selection", "of the second", false, std::nullopt});
+
+  EXPECT_THAT(history, Each(Field(&Shown::error, std::optional<std::string>())));
+  const std::vector<Shown> afterwards(history.begin() + static_cast<std::ptrdiff_t>(secondBegins),
+                                      history.end());
+  EXPECT_THAT(afterwards, Each(Field(&Shown::originalText, Not("the selection"))));
+}
+
+TEST_F(ActionDispatchTest, ASecondPressDuringTheCaptureCancelsTheFirstWithoutARequest) {
+  const CustomAction action = addAction("{text}");
+  std::stop_source copied;
+  platform.selectionCopy().onCopy = [&] {
+    platform.pasteboard().copy();
+    copied.request_stop();
+  };
+  platform.httpClient().expect(200, {chunk("answer")});
+  dispatch->dispatchAction(action);
+  waitUntil([&] { return copied.stop_requested(); });
+  dispatch->dispatchAction(action);
+  waitUntilShown({"the selection", "answer", false, std::nullopt});
+  EXPECT_EQ(platform.httpClient().requests().size(), 1U);
+}
+
+TEST_F(ActionDispatchTest, TheHotkeyOfAnActionThatIsGoneDoesNothing) {
+  hotkeys.onActionHotkeyPressed(UUID::random());
+  mainQueue.runPending();
+  EXPECT_EQ(popup.panel(), nullptr);
+  EXPECT_THAT(platform.secretStore().count(testing::FakeSecretStore::Operation::CopyMatching), 0U);
+}
+
+TEST_F(ActionDispatchTest, WithoutAKeyTheMessageIsShownAndNothingIsCaptured) {
+  keychain.deleteAPIKey();
+  platform.accessibilityTrust().trusted = false;
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown(
+      {"", std::nullopt, false, "API key not configured. Click the menu bar icon to set up your API key."});
+  EXPECT_EQ(alerts, 0);
+  EXPECT_EQ(platform.selectionCopy().copies, 0);
+}
+
+TEST_F(ActionDispatchTest, WithoutAKeyTheRunningActionGoesOn) {
+  const auto exchange = platform.httpClient().expect();
+  exchange->respond(200).push(chunk("answer"));
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"the selection", "answer", true, std::nullopt});
+  keychain.deleteAPIKey();
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntil([&] { return shown().error.has_value(); });
+  EXPECT_FALSE(exchange->isClosed());
+  exchange->push(chunk("!")).end();
+  waitUntilShown({"the selection", "answer!", false, std::nullopt});
+}
+
+TEST_F(ActionDispatchTest, AKeyThatIsRemovedDuringTheCaptureIsReported) {
+  platform.selectionCopy().onCopy = [this] {
+    platform.pasteboard().copy();
+    keychain.deleteAPIKey();
+  };
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"", std::nullopt, false, LumiwrenError::noAPIKey().errorDescription()});
+  EXPECT_THAT(platform.httpClient().requests(), IsEmpty());
+}
+
+TEST_F(ActionDispatchTest, AnEmptyStoredKeyIsAKey) {
+  keychain.saveAPIKey(Secret());
+  platform.httpClient().expect(200, {chunk("answer")});
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"the selection", "answer", false, std::nullopt});
+}
+
+TEST_F(ActionDispatchTest, PressingAgainWhileTheKeyringIsSilentAsksItOnceAndRunsTheLatestAction) {
+  platform.secretStore().setSilent(true);
+  platform.httpClient().expect(200, {chunk("answer")});
+  dispatch->dispatchAction(addAction("first {text}"));
+  platform.secretStore().waitForCallers();
+  const auto asked = platform.secretStore().count(testing::FakeSecretStore::Operation::CopyMatching);
+  dispatch->dispatchAction(addAction("second {text}"));
+  mainQueue.runPending();
+  EXPECT_EQ(platform.secretStore().count(testing::FakeSecretStore::Operation::CopyMatching), asked);
+  EXPECT_EQ(popup.panel(), nullptr);
+  platform.secretStore().setSilent(false);
+  waitUntilShown({"the selection", "answer", false, std::nullopt});
+  EXPECT_EQ(sentPrompt(0), "second the selection");
+}
+
+TEST_F(ActionDispatchTest, WithoutTrustTheAlertIsShownAndTheRunningActionGoesOn) {
+  const auto exchange = platform.httpClient().expect();
+  exchange->respond(200).push(chunk("answer"));
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"the selection", "answer", true, std::nullopt});
+  platform.accessibilityTrust().trusted = false;
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntil([&] { return alerts == 1; });
+  EXPECT_FALSE(exchange->isClosed());
+  EXPECT_EQ(shown(), (Shown{"the selection", "answer", true, std::nullopt}));
+}
+
+TEST_F(ActionDispatchTest, WithoutTrustNoPopupOpens) {
+  platform.accessibilityTrust().trusted = false;
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntil([&] { return alerts == 1; });
+  mainQueue.runPending();
+  EXPECT_EQ(popup.panel(), nullptr);
+}
+
+TEST_F(ActionDispatchTest, AFailedCaptureShowsItsMessage) {
+  platform.pasteboard().setNextCopy(std::nullopt);
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"", std::nullopt, false, LumiwrenError::noTextSelected().errorDescription()});
+}
+
+TEST_F(ActionDispatchTest, AnErrorDuringStreamingEmptiesTheOriginalTextAndEndsLoading) {
+  const auto exchange = platform.httpClient().expect();
+  exchange->respond(200).push(chunk("half an ans"));
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"the selection", "half an ans", true, std::nullopt});
+  exchange->fail("The connection broke off.");
+  waitUntilShown({"", std::nullopt, false, "The connection broke off."});
+}
+
+TEST_F(ActionDispatchTest, ARefusalByTheServerShowsItsStatus) {
+  platform.httpClient().expect(401);
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"", std::nullopt, false, "API error: HTTP 401"});
+}
+
+TEST_F(ActionDispatchTest, AScreenCaptureActionWithoutAKeyShowsTheKeyMessage) {
+  keychain.deleteAPIKey();
+  dispatch->dispatchAction(addAction("{text}", CustomAction::InputType::ScreenCapture));
+  waitUntilShown(
+      {"", std::nullopt, false, "API key not configured. Click the menu bar icon to set up your API key."});
+}
+
+TEST_F(ActionDispatchTest, AScreenCaptureActionSaysThatThisVersionHasNone) {
+  dispatch->dispatchAction(addAction("{text}", CustomAction::InputType::ScreenCapture));
+  waitUntilShown({"", std::nullopt, false, "Screen capture actions are not available in this version."});
+  EXPECT_EQ(platform.selectionCopy().copies, 0);
+}
+
+TEST_F(ActionDispatchTest, WhatComesAfterTheDispatchsEndShowsNothing) {
+  platform.secretStore().setSilent(true);
+  dispatch->dispatchAction(addAction("{text}"));
+  platform.secretStore().waitForCallers();
+  dispatch.reset();
+  platform.secretStore().setSilent(false);
+  EXPECT_TRUE(Task::endAll(patience));
+  mainQueue.runPending();
+  EXPECT_EQ(popup.panel(), nullptr);
+}
+
+}  // namespace
+}  // namespace lumiwren
