@@ -9,25 +9,30 @@ namespace lumiwren::unicode {
 
 namespace {
 
+bool isASCII(char byte) {
+  return static_cast<unsigned char>(byte) < 0x80;
+}
+
 template <typename Predicate>
 std::string_view trim(std::string_view text, Predicate isTrimmed) {
-  std::size_t begin = 0;
-  while (begin < text.size()) {
-    const auto point = decodeAt(text, begin);
-    if (!point || !isTrimmed(point->value)) {
+  // Almost every text begins and ends in ASCII: no decoding for those.
+  while (!text.empty()) {
+    const auto point = isASCII(text.front()) ? CodePoint{static_cast<unsigned char>(text.front()), 1}
+                                             : decodeAt(text, 0).value_or(CodePoint{0, 0});
+    if (!isTrimmed(point.value)) {
       break;
     }
-    begin += point->length;
+    text.remove_prefix(point.length);
   }
-  std::size_t end = text.size();
-  while (end > begin) {
-    const auto point = decodeBefore(text, end);
-    if (!point || !isTrimmed(point->value)) {
+  while (!text.empty()) {
+    const auto point = isASCII(text.back()) ? CodePoint{static_cast<unsigned char>(text.back()), 1}
+                                            : decodeBefore(text, text.size()).value_or(CodePoint{0, 0});
+    if (!isTrimmed(point.value)) {
       break;
     }
-    end -= point->length;
+    text.remove_suffix(point.length);
   }
-  return text.substr(begin, end - begin);
+  return text;
 }
 
 }  // namespace
@@ -109,6 +114,11 @@ std::string toLower(std::string_view text) {
   std::string lower;
   lower.reserve(text.size());
   for (std::size_t offset = 0; offset < text.size();) {
+    if (isASCII(text[offset])) {
+      const char byte = text[offset++];
+      lower.push_back(byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte);
+      continue;
+    }
     const auto point = decodeAt(text, offset);
     if (!point) {
       lower.push_back(text[offset]);

@@ -15,42 +15,43 @@ using unicode::trimHorizontalSpace;
 
 constexpr std::string_view fence = "```";
 
-/// The length of the white space character (in the sense of \s) at `offset`, 0 where there is none.
-std::size_t whitespaceAt(std::string_view text, std::size_t offset) {
-  const auto byte = static_cast<unsigned char>(text[offset]);
-  if (byte < 0x80) {
-    return unicode::isWhitespace(byte) ? 1 : 0;
-  }
-  const auto point = unicode::decodeAt(text, offset);
-  return point && unicode::isWhitespace(point->value) ? point->length : 0;
-}
-
 /// Whether `line` matches ^[\|\s]*:?-+:?[\|\s:-]*$. The sets allow one way to match only, so one pass
 /// decides.
 bool isSeparator(std::string_view line) {
   std::size_t at = 0;
-  const auto skip = [&](std::string_view set) {
+  const auto skip = [&](auto isMark) {
     while (at < line.size()) {
-      const auto length = set.find(line[at]) != std::string_view::npos ? 1 : whitespaceAt(line, at);
-      if (length == 0) {
+      const auto byte = static_cast<unsigned char>(line[at]);
+      if (byte < 0x80) {
+        if (!isMark(line[at]) && !unicode::isWhitespace(byte)) {
+          return;
+        }
+        ++at;
+      } else if (const auto point = unicode::decodeAt(line, at);
+                 point && unicode::isWhitespace(point->value)) {
+        at += point->length;
+      } else {
         return;
       }
-      at += length;
     }
   };
-  skip("|");
+  skip([](char c) { return c == '|'; });
   if (at < line.size() && line[at] == ':') {
     ++at;
   }
   if (at == line.size() || line[at] != '-') {
     return false;
   }
-  skip("|:-");
+  skip([](char c) { return c == '-' || c == '|' || c == ':'; });
   return at == line.size();
 }
 
 bool isSeparatorTrimmed(std::string_view line) {
   return isSeparator(trimHorizontalSpace(line));
+}
+
+bool hasBar(std::string_view line) {
+  return line.find('|') != std::string_view::npos;
 }
 
 /// The length of what matches ^\d+\. in front of a numbered item, its space included; 0 where nothing does.
@@ -69,134 +70,146 @@ std::size_t bulletMarker(std::string_view line) {
   return line.starts_with("- ") || line.starts_with("* ") ? 2 : 0;
 }
 
+/// Walks over the lines of a text, each of which is looked for once.
+class Lines {
+public:
+  explicit Lines(std::string_view text) : text_(text), end_(endFrom(0)) {}
+
+  [[nodiscard]] bool atEnd() const { return begin_ > text_.size(); }
+  [[nodiscard]] std::string_view line() const { return text_.substr(begin_, end_ - begin_); }
+  [[nodiscard]] std::size_t begin() const { return begin_; }
+  [[nodiscard]] std::size_t end() const { return end_; }
+  [[nodiscard]] bool hasNext() const { return end_ < text_.size(); }
+  [[nodiscard]] std::string_view next() const {
+    return text_.substr(end_ + 1, endFrom(end_ + 1) - (end_ + 1));
+  }
+  [[nodiscard]] std::string_view between(std::size_t begin, std::size_t end) const {
+    return text_.substr(begin, end - begin);
+  }
+
+  void advance() {
+    const bool isLast = !hasNext();
+    begin_ = end_ + 1;
+    end_ = isLast ? begin_ : endFrom(begin_);
+  }
+
+private:
+  [[nodiscard]] std::size_t endFrom(std::size_t begin) const {
+    return std::min(text_.find('\n', begin), text_.size());
+  }
+
+  std::string_view text_;
+  std::size_t begin_ = 0;
+  std::size_t end_;
+};
+
 class BlockParser {
 public:
-  BlockParser(std::string_view text, std::vector<MarkdownBlock> &blocks)
-      : text_(text), lineEnd_(std::min(text.find('\n'), text.size())), blocks_(blocks) {}
+  explicit BlockParser(std::vector<MarkdownBlock> &blocks) : blocks_(blocks) {}
 
-  void run() {
-    while (!atEnd_) {
-      parseBlock();
+  void parse(std::string_view text) {
+    Lines lines(text);
+    while (!lines.atEnd()) {
+      parseBlock(lines);
     }
   }
 
 private:
-  [[nodiscard]] std::string_view line() const { return text_.substr(lineBegin_, lineEnd_ - lineBegin_); }
-
-  [[nodiscard]] bool hasNextLine() const { return lineEnd_ < text_.size(); }
-
-  [[nodiscard]] std::string_view nextLine() const {
-    const auto begin = lineEnd_ + 1;
-    return text_.substr(begin, std::min(text_.find('\n', begin), text_.size()) - begin);
-  }
-
-  void advance() {
-    if (!hasNextLine()) {
-      atEnd_ = true;
-      return;
+  void parseBlock(Lines &lines) {
+    const auto raw = lines.line();
+    if (hasBar(raw) && lines.hasNext() && isSeparatorTrimmed(lines.next()) && !isSeparatorTrimmed(raw)) {
+      return collectTable(lines);
     }
-    lineBegin_ = lineEnd_ + 1;
-    lineEnd_ = std::min(text_.find('\n', lineBegin_), text_.size());
-  }
-
-  void parseBlock() {
-    const auto raw = line();
     const auto trimmed = trimHorizontalSpace(raw);
-    if (trimmed.find('|') != std::string_view::npos && hasNextLine() && !isSeparator(trimmed) &&
-        isSeparatorTrimmed(nextLine())) {
-      collectTable();
-    } else if (trimmed.starts_with(fence)) {
-      collectFence(trimmed.substr(fence.size()));
-    } else if (raw.starts_with("# ")) {
-      append(MarkdownHeading{1, raw.substr(2)});
+    if (trimmed.starts_with(fence)) {
+      return collectFence(lines, trimmed.substr(fence.size()));
+    }
+    if (trimmed.empty()) {
+      return lines.advance();
+    }
+    if (raw.starts_with("# ")) {
+      append(lines, MarkdownHeading{1, raw.substr(2)});
     } else if (raw.starts_with("## ")) {
-      append(MarkdownHeading{2, raw.substr(3)});
+      append(lines, MarkdownHeading{2, raw.substr(3)});
     } else if (raw.starts_with("### ")) {
-      append(MarkdownHeading{3, raw.substr(4)});
+      append(lines, MarkdownHeading{3, raw.substr(4)});
     } else if (bulletMarker(raw) > 0) {
-      blocks_.emplace_back(MarkdownBulletList{collectItems(bulletMarker)});
+      blocks_.emplace_back(MarkdownBulletList{collectItems(lines, bulletMarker)});
     } else if (numberedMarker(raw) > 0) {
-      blocks_.emplace_back(MarkdownNumberedList{collectItems(numberedMarker)});
-    } else if (trimmed.empty()) {
-      advance();
+      blocks_.emplace_back(MarkdownNumberedList{collectItems(lines, numberedMarker)});
     } else {
-      append(MarkdownParagraph{raw});
+      append(lines, MarkdownParagraph{raw});
     }
   }
 
   template <typename Block>
-  void append(Block block) {
-    blocks_.emplace_back(std::move(block));
-    advance();
+  void append(Lines &lines, const Block &block) {
+    blocks_.emplace_back(block);
+    lines.advance();
   }
 
   template <typename Marker>
-  std::vector<std::string_view> collectItems(Marker marker) {
-    std::vector<std::string_view> items;
-    while (!atEnd_) {
-      const auto raw = line();
-      const auto length = marker(raw);
+  std::vector<std::string_view> collectItems(Lines &lines, Marker marker) {
+    collected_.clear();
+    for (; !lines.atEnd(); lines.advance()) {
+      const auto length = marker(lines.line());
       if (length == 0) {
         break;
       }
-      items.push_back(raw.substr(length));
-      advance();
+      collected_.push_back(lines.line().substr(length));
     }
-    return items;
+    return {collected_.begin(), collected_.end()};
   }
 
-  void collectTable() {
-    std::vector<std::string_view> lines;
-    while (!atEnd_ && (line().find('|') != std::string_view::npos || isSeparatorTrimmed(line()))) {
-      lines.push_back(line());
-      advance();
+  void collectTable(Lines &lines) {
+    collected_.clear();
+    for (; !lines.atEnd() && (hasBar(lines.line()) || isSeparatorTrimmed(lines.line())); lines.advance()) {
+      collected_.push_back(lines.line());
     }
-    if (auto table = parseTable(lines)) {
+    if (auto table = parseTable(collected_)) {
       blocks_.emplace_back(std::move(*table));
     }
   }
 
-  void collectFence(std::string_view label) {
+  void collectFence(Lines &lines, std::string_view label) {
     auto language = unicode::toLower(trimHorizontalSpace(label));
-    advance();
-    const auto begin = lineBegin_;
+    lines.advance();
+    const auto begin = lines.begin();
     auto end = begin;
-    bool isEmpty = true;
-    while (!atEnd_ && !trimHorizontalSpace(line()).starts_with(fence)) {
-      end = lineEnd_;
-      isEmpty = false;
-      advance();
+    for (; !lines.atEnd() && !trimHorizontalSpace(lines.line()).starts_with(fence); lines.advance()) {
+      end = lines.end();
     }
-    const auto body = isEmpty ? std::string_view() : text_.substr(begin, end - begin);
-    if (!atEnd_) {
-      advance();
+    const auto body = end > begin ? lines.between(begin, end) : std::string_view();
+    if (!lines.atEnd()) {
+      lines.advance();
     }
     if (language == "markdown" || language == "md") {
       // A body holds no fence, so this goes one level deep at most.
-      BlockParser(body, blocks_).run();
+      parse(body);
     } else {
       blocks_.emplace_back(MarkdownCodeBlock{body, std::move(language)});
     }
   }
 
-  std::string_view text_;
-  std::size_t lineBegin_ = 0;
-  std::size_t lineEnd_;
-  bool atEnd_ = false;
   std::vector<MarkdownBlock> &blocks_;
+  /// The items or lines of the block at hand; kept for its memory.
+  std::vector<std::string_view> collected_;
 };
 
 }  // namespace
 
 std::vector<MarkdownBlock> parseMarkdownContent(std::string_view markdown) {
   std::vector<MarkdownBlock> blocks;
-  BlockParser(markdown, blocks).run();
+  // About as many as an answer of this length has.
+  blocks.reserve(markdown.size() / 96 + 4);
+  BlockParser(blocks).parse(markdown);
   return blocks;
 }
 
 std::optional<MarkdownTable> parseTable(std::span<const std::string_view> lines) {
   MarkdownTable table;
   bool hasHeaders = false;
+  table.rows.reserve(lines.size());
   for (const auto &line : lines) {
     if (isSeparatorTrimmed(line)) {
       continue;
