@@ -2,6 +2,7 @@
 
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "ai/LineSplitter.h"
 #include "ai/LumiwrenError.h"
@@ -10,6 +11,9 @@
 namespace lumiwren {
 
 namespace {
+
+/// How many updates may keep the main thread from everything else.
+constexpr std::size_t updatesAtOnce = 32;
 
 /// The text that one line of the event stream adds to the answer; empty when it adds none.
 std::optional<std::string> contentOf(std::string_view line) {
@@ -57,19 +61,38 @@ void OpenAIAPIService::streamRequest(const OpenAIRequest &request, const Secret 
     throw LumiwrenError::apiError("HTTP " + std::to_string(response->status()));
   }
   std::string answer;
-  const MainQueue::Block update = [&] { onUpdate(answer); };
+  // Chunks that arrived together go to the main thread together, each as an update of its own: in a burst the
+  // change of threads would cost more than all the rest.
+  std::vector<std::string> contents;
+  const auto update = [&] {
+    if (!contents.empty()) {
+      mainQueue_.runAndWait(token, [&] {
+        for (const auto &content : contents) {
+          if (token.stop_requested()) {
+            return;
+          }
+          onUpdate(answer += content);
+        }
+      });
+      contents.clear();
+    }
+  };
   const auto readLine = [&](std::string_view line) {
-    if (const auto content = contentOf(line)) {
-      answer += *content;
-      mainQueue_.runAndWait(token, update);
+    if (auto content = contentOf(line)) {
+      contents.push_back(std::move(*content));
+      if (contents.size() == updatesAtOnce) {
+        update();
+      }
     }
   };
   LineSplitter lines;
   for (auto bytes = response->read(token); !bytes.empty(); bytes = response->read(token)) {
     lines.feed(bytes, readLine);
+    update();
   }
   lines.finish(readLine);
-  mainQueue_.runAndWait(token, update);
+  update();
+  mainQueue_.runAndWait(token, [&] { onUpdate(answer); });
 }
 
 bool OpenAIAPIService::testConnection(const std::stop_token &token) {

@@ -8,6 +8,7 @@ namespace lumiwren {
 namespace {
 
 using nlohmann::json;
+using namespace std::string_literals;
 
 TEST(OpenAIRequest, EveryFieldIsWrittenUnderItsKey) {
   const OpenAIRequest request{
@@ -24,7 +25,7 @@ TEST(OpenAIRequest, ARequestWithoutAnythingIsStillWhole) {
 }
 
 TEST(OpenAIRequest, TextIsSentVerbatim) {
-  const std::string text("  \"quoted\" \\ / \n\t\0 \xC3\xA9 \xF0\x9F\x90\xA6 {text} ", 38);
+  const auto text = "  \"quoted\" \\ / \n\t\0 \xC3\xA9 \xF0\x9F\x90\xA6 {text} "s;
   const OpenAIRequest request{.model = "m", .messages = {{"user", text}}, .maxTokens = 1, .stream = true};
 
   EXPECT_EQ(json::parse(request.encode())["messages"][0]["content"], text);

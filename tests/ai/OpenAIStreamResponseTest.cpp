@@ -7,6 +7,8 @@
 namespace lumiwren {
 namespace {
 
+using namespace std::string_literals;
+
 std::optional<OpenAIStreamResponse> decode(std::string_view json) {
   return OpenAIStreamResponse::decode(json);
 }
@@ -199,8 +201,7 @@ TEST(OpenAIStreamResponse, WhiteSpaceAroundTheObjectIsAllowed) {
 TEST(OpenAIStreamResponse, ContentIsUnescaped) {
   const auto chunk = decode(R"({"choices":[{"delta":{"content":"\"\\\/\b\f\n\r\té\ud83d\udc26\u0000."}}]})");
   ASSERT_TRUE(chunk);
-  EXPECT_EQ(chunk->choices->at(0).delta->content,
-            std::string("\"\\/\b\f\n\r\t\xC3\xA9\xF0\x9F\x90\xA6\0.", 16));
+  EXPECT_EQ(chunk->choices->at(0).delta->content, "\"\\/\b\f\n\r\t\xC3\xA9\xF0\x9F\x90\xA6\0."s);
 }
 
 TEST(OpenAIStreamResponse, WhatCannotBeTextFails) {

@@ -18,6 +18,7 @@ namespace lumiwren::testing {
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 using Connection = HTTPTestServer::Connection;
 
 /// Sets a variable for as long as it lives.
@@ -37,7 +38,7 @@ private:
 TEST(CurlHTTPClient, SendsMethodHeadersAndBodyAsTheyAre) {
   HTTPTestServer server([](Connection &connection) { connection.respond(200, "ok"); });
   CurlHTTPClient client;
-  const std::string body("{\"a\":\"\0\xC3\xA9\"}", 12);
+  const auto body = "{\"a\":\"\0\xC3\xA9\"}"s;
 
   const auto response = client.send(post(server.url("/v1/x?y=1"), body), {});
 
