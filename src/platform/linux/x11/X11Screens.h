@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Screens.h"
+#include "platform/linux/x11/MonitorLayout.h"
+#include "platform/linux/x11/X11Connection.h"
+
+#include <optional>
+#include <vector>
+
+namespace lumiwren {
+
+/// Monitors, pointer and focus as the X server has them at the moment of the question.
+class X11Screens : public Screens {
+public:
+  /// The connection outlives this object.
+  X11Screens(const X11Connection &connection, double pixelsPerPoint);
+
+  Point mouseLocation() override;
+  std::optional<Rect> mainScreenVisibleFrame() override;
+
+private:
+  std::optional<MonitorLayout> layout() const;
+  std::optional<PixelRect> focusedWindow() const;
+  std::vector<Strut> struts() const;
+  std::optional<PixelRect> workArea() const;
+
+  const X11Connection &connection_;
+  const double pixelsPerPoint_;
+  struct {
+    xcb_atom_t clientList, strut, strutPartial, workArea, currentDesktop;
+  } atoms_{};
+};
+
+}  // namespace lumiwren
