@@ -5,8 +5,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <QApplication>
-
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -16,6 +14,7 @@
 #include <vector>
 
 #include "ai/LumiwrenError.h"
+#include "app/TestApplication.h"
 #include "platform/KeyCodes.h"
 #include "platform/testing/FakePlatform.h"
 
@@ -48,11 +47,7 @@ std::string chunk(const std::string &content) {
 class ActionDispatchTest : public ::testing::Test {
 protected:
   ActionDispatchTest() {
-    static int argumentCount = 1;
-    static char name[] = "test_app";
-    static char *arguments[] = {name, nullptr};
-    static QApplication application(argumentCount, arguments);
-
+    testing::testApplication();
     mainQueue.setWaker([this] {
       const std::lock_guard lock(mutex);
       awake = true;
@@ -78,7 +73,7 @@ protected:
   CustomAction addAction(const std::string &prompt,
                          CustomAction::InputType inputType = CustomAction::InputType::TextSelection) {
     const CustomAction action{
-        .id = UUID::random(), .name = "An action", .prompt = prompt, .inputType = inputType};
+        .id = UUID::random(), .name = "An action", .hotkey = {}, .prompt = prompt, .inputType = inputType};
     actions.addAction(action);
     return action;
   }

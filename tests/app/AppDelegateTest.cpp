@@ -1,0 +1,125 @@
+#include "app/AppDelegate.h"
+
+#include <gtest/gtest.h>
+
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <chrono>
+#include <optional>
+
+#include "app/TestApplication.h"
+#include "platform/testing/FakePlatform.h"
+
+namespace lumiwren {
+namespace {
+
+using std::chrono::milliseconds;
+
+class AppDelegateTest : public ::testing::Test {
+protected:
+  AppDelegateTest() {
+    testing::testApplication();
+    platform.secretStore().add(KeychainManager::service, KeychainManager::apiKeyAccount,
+                               Secret::copyOf("sk-test"));
+  }
+  ~AppDelegateTest() override { mainQueue.close(); }
+
+  void launch() {
+    delegate.emplace(
+        ActionDispatch::Services{platform, mainQueue, actions, keychain, service, hotkeys, popup}, [] {});
+    delegate->applicationDidFinishLaunching();
+  }
+  void pass(milliseconds duration) {
+    now += duration;
+    mainQueue.runPending();
+  }
+  /// Presses the button of the next modal alert, and keeps what the alert says.
+  void answerAlertWith(const QString &button) {
+    QTimer::singleShot(0, &testing::testApplication(), [this, button] {
+      auto *const alert = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+      ASSERT_NE(alert, nullptr);
+      text = alert->text();
+      informativeText = alert->informativeText();
+      EXPECT_EQ(alert->icon(), QMessageBox::Warning);
+      EXPECT_EQ(alert->textFormat(), Qt::PlainText);
+      for (auto *const each : alert->buttons()) {
+        if (each->text() == button) {
+          each->click();
+          return;
+        }
+      }
+      ADD_FAILURE() << "no such button: " << button.toStdString();
+      alert->reject();
+    });
+  }
+
+  MainQueue::TimePoint now{};
+  testing::FakePlatform platform;
+  MainQueue mainQueue{[this] { return now; }};
+  KeychainManager keychain{platform.secretStore()};
+  OpenAIAPIService service{platform.httpClient(), keychain, mainQueue, {}};
+  CustomActionManager actions{platform.userDefaults()};
+  HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
+  ExplanationPopupController popup{platform.eventMonitors(),
+                                   platform.pasteboard(),
+                                   platform.screens(),
+                                   platform.panelWindows(),
+                                   service,
+                                   keychain,
+                                   mainQueue};
+  std::optional<AppDelegate> delegate;
+  QString text;
+  QString informativeText;
+};
+
+TEST_F(AppDelegateTest, ALaunchWithTrustShowsNothingButWatchesTheKeys) {
+  launch();
+  pass(milliseconds(2000));
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  EXPECT_EQ(popup.panel(), nullptr);
+  EXPECT_EQ(platform.eventMonitors().globalMonitorCount(), 1U);
+  EXPECT_EQ(platform.eventMonitors().localMonitorCount(), 1U);
+}
+
+TEST_F(AppDelegateTest, WithoutTrustTheAlertComesAfterOneSecond) {
+  platform.accessibilityTrust().trusted = false;
+  launch();
+  pass(milliseconds(999));
+  EXPECT_TRUE(text.isEmpty());
+  answerAlertWith(QStringLiteral("Later"));
+  pass(milliseconds(1));
+  EXPECT_EQ(text, QStringLiteral("Accessibility Permission Required"));
+  EXPECT_EQ(
+      informativeText,
+      QStringLiteral("Lumiwren needs accessibility permission to copy selected text. Please grant access in "
+                     "System Settings > Privacy & Security > Accessibility."));
+  EXPECT_EQ(platform.accessibilityTrust().prompts, 0);
+}
+
+TEST_F(AppDelegateTest, TheAlertsFirstButtonLetsTheSessionAsk) {
+  platform.accessibilityTrust().trusted = false;
+  launch();
+  answerAlertWith(QStringLiteral("Open System Settings"));
+  pass(milliseconds(1000));
+  EXPECT_EQ(platform.accessibilityTrust().prompts, 1);
+}
+
+TEST_F(AppDelegateTest, AnAlertThatIsDueAfterTheEndIsNotShown) {
+  platform.accessibilityTrust().trusted = false;
+  launch();
+  delegate.reset();
+  pass(milliseconds(1000));
+  EXPECT_TRUE(text.isEmpty());
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST_F(AppDelegateTest, TerminatingEndsTheWatchingOfKeys) {
+  launch();
+  delegate->applicationWillTerminate();
+  EXPECT_EQ(platform.eventMonitors().globalMonitorCount(), 0U);
+  EXPECT_EQ(platform.eventMonitors().localMonitorCount(), 0U);
+}
+
+}  // namespace
+}  // namespace lumiwren
