@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QMenu>
+#include <QPoint>
+#include <QSystemTrayIcon>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "app/DBusMenu.h"
+#include "app/MenuEntry.h"
+#include "app/StatusNotifierItem.h"
+
+namespace lumiwren {
+
+/// The program's icon in the desktop's tray, with its menu: a StatusNotifierItem wherever there is a watcher
+/// for these, at whatever time it comes, and an icon in the XEmbed tray for as long as there is none. Main
+/// thread.
+class StatusItem {
+public:
+  /// `onActivate` gets where the icon was chosen, in Qt's coordinates of the desktop; without it the menu is
+  /// shown there.
+  explicit StatusItem(std::function<void()> onQuit, std::function<void(QPoint)> onActivate = {});
+  StatusItem(const StatusItem &) = delete;
+  StatusItem &operator=(const StatusItem &) = delete;
+  ~StatusItem();
+
+private:
+  void setEntries(const std::vector<MenuEntry> &entries);
+  void showFallback(bool shown);
+
+  std::function<void(QPoint)> onActivate_;
+  // A connection of its own, because panels drop the item when its connection ends.
+  QDBusConnection bus_;
+  QMenu menu_;
+  DBusMenu busMenu_;
+  std::optional<QSystemTrayIcon> fallback_;
+  StatusNotifierItem item_;
+};
+
+}  // namespace lumiwren
