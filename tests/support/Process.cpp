@@ -154,16 +154,37 @@ std::optional<std::string> Process::readLine(std::chrono::milliseconds limit) {
       buffer_.erase(0, end + 1);
       return line;
     }
-    if (!waitReadable(output_, deadline)) {
+    if (readMore(deadline) != More::Yes) {
       return std::nullopt;
     }
-    std::array<char, 4096> chunk{};
-    const auto count = ::read(output_, chunk.data(), chunk.size());
-    if (count <= 0) {
-      return std::nullopt;
-    }
-    buffer_.append(chunk.data(), static_cast<std::size_t>(count));
   }
+}
+
+std::optional<std::string> Process::readAll(std::chrono::milliseconds limit) {
+  const auto deadline = Clock::now() + limit;
+  for (;;) {
+    switch (readMore(deadline)) {
+      case More::Yes:
+        break;
+      case More::Ended:
+        return std::exchange(buffer_, {});
+      case More::Late:
+        return std::nullopt;
+    }
+  }
+}
+
+Process::More Process::readMore(Clock::time_point deadline) {
+  if (!waitReadable(output_, deadline)) {
+    return More::Late;
+  }
+  std::array<char, 4096> chunk{};
+  const auto count = ::read(output_, chunk.data(), chunk.size());
+  if (count <= 0) {
+    return More::Ended;
+  }
+  buffer_.append(chunk.data(), static_cast<std::size_t>(count));
+  return More::Yes;
 }
 
 bool Process::waitForLine(std::string_view line, std::chrono::milliseconds limit) {

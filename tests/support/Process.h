@@ -55,6 +55,8 @@ public:
   /// The next line of standard output, without its end; empty at the end of the output or when no whole line
   /// comes in time.
   std::optional<std::string> readLine(std::chrono::milliseconds limit = patience);
+  /// The rest of standard output, up to its end; empty when that does not come in time.
+  std::optional<std::string> readAll(std::chrono::milliseconds limit = patience);
   /// Skips lines up to one that equals `line`. False when it does not come.
   bool waitForLine(std::string_view line, std::chrono::milliseconds limit = patience);
   /// Writes to the child's standard input.
@@ -67,6 +69,9 @@ public:
   std::optional<int> wait(std::chrono::milliseconds limit = patience);
 
 private:
+  enum class More { Yes, Ended, Late };
+  More readMore(std::chrono::steady_clock::time_point deadline);
+
   pid_t pid_ = -1;
   std::optional<ProcessWatch> watch_;
   int input_ = -1;
