@@ -118,10 +118,10 @@ void MainQueue::runPending() {
       }
       block = std::move(ready_.front());
       ready_.pop_front();
-      more = !ready_.empty();
+      more = !ready_.empty() || !delayed_.empty();
     }
     if (more) {
-      wake();  // The block may show a modal alert, whose loop has to reach the others.
+      wake();  // The block may show a modal alert, whose loop has to reach the others in their time.
     }
     block();
   }

@@ -10,7 +10,8 @@
 
 namespace lumiwren {
 
-/// Observers of something that changes. One thread. Observers may come and go while they are being told.
+/// Observers of something that changes. One thread. Observers may come and go while they are being told, and so
+/// may the signal.
 template <typename... Args>
 class Signal {
 public:
@@ -30,9 +31,10 @@ public:
   }
 
   void notify(Args... args) const {
-    const auto entries = *entries_;
+    const auto current = entries_;
+    const auto entries = *current;
     for (const auto &entry : entries) {
-      if (std::find(entries_->begin(), entries_->end(), entry) != entries_->end()) {
+      if (std::find(current->begin(), current->end(), entry) != current->end()) {
         (*entry)(args...);
       }
     }
