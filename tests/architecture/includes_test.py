@@ -12,6 +12,7 @@ FLOORS = {
     "platform/testing": {"base", "platform"},
     "platform/linux": {"base", "platform"},
     "platform/linux/x11": {"base", "platform", "platform/linux", "x11"},
+    "platform/linux/pasteboardholder": {"base", "platform", "platform/linux", "platform/linux/x11", "x11"},
     "platform/linux/session": {"base", "platform", "platform/linux", "platform/linux/x11", "qt"},
     "ai": {"base", "platform"},
     "actions": {"base", "platform"},
