@@ -4,7 +4,7 @@
 //   own NAME                    the selection, before any other word; CLIPBOARD if it is not given
 //   give TARGET TYPE FORMAT TEXT  a target and the property that answers it
 //   give-hex TARGET TYPE FORMAT HEX  the same with any bytes
-//   fill TARGET BYTES           a target of patterned bytes; in increments of 64 KB when there are more
+//   fill TARGET BYTES           a target of patterned bytes; in increments of 256 KB when there are more
 //   offer TARGET                is listed, and refused when it is asked for
 //   silent TARGET               is listed (but for TARGETS itself), and never answered
 //   refuse-targets              TARGETS is refused
@@ -31,7 +31,7 @@
 namespace lumiwren::testing {
 namespace {
 
-constexpr std::size_t incrementBytes = 64 << 10;
+constexpr std::size_t incrementBytes = 256 << 10;
 
 struct Target {
   std::string name;
@@ -44,6 +44,7 @@ struct Target {
 struct Transfer {
   xcb_window_t requestor;
   xcb_atom_t property;
+  xcb_atom_t type;
   const Target *target;
   std::size_t sent = 0;
 };
@@ -190,7 +191,8 @@ private:
       return false;
     }
     if (target->bytes.size() <= incrementBytes) {
-      change(event.requestor, event.property, *target, target->bytes.data(), target->bytes.size());
+      change(event.requestor, event.property, client_.atom(target->type), *target, target->bytes.data(),
+             target->bytes.size());
       return true;
     }
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
@@ -198,15 +200,15 @@ private:
     const auto size = static_cast<std::uint32_t>(target->bytes.size());
     xcb_change_property(client_.connection, XCB_PROP_MODE_REPLACE, event.requestor, event.property,
                         client_.atom("INCR"), 32, 1, &size);
-    transfers_.push_back({event.requestor, event.property, &*target});
+    transfers_.push_back({event.requestor, event.property, client_.atom(target->type), &*target});
     return true;
   }
 
-  void change(xcb_window_t requestor, xcb_atom_t property, const Target &target, const std::uint8_t *bytes,
-              std::size_t size) {
+  void change(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const Target &target,
+              const std::uint8_t *bytes, std::size_t size) {
     const auto units = static_cast<std::uint32_t>(size / (target.format / 8U));
-    xcb_change_property(client_.connection, XCB_PROP_MODE_REPLACE, requestor, property,
-                        client_.atom(target.type), target.format, units, bytes);
+    xcb_change_property(client_.connection, XCB_PROP_MODE_REPLACE, requestor, property, type, target.format,
+                        units, bytes);
   }
 
   void propertyChanged(const xcb_property_notify_event_t &event) {
@@ -225,7 +227,8 @@ private:
     }
     const auto &bytes = transfer->target->bytes;
     const auto size = std::min(incrementBytes, bytes.size() - transfer->sent);
-    change(transfer->requestor, transfer->property, *transfer->target, bytes.data() + transfer->sent, size);
+    change(transfer->requestor, transfer->property, transfer->type, *transfer->target,
+           bytes.data() + transfer->sent, size);
     transfer->sent += size;
     if (size == 0) {
       std::cout << "finished " << transfer->target->name << std::endl;

@@ -6,6 +6,8 @@
 
 #include <csignal>
 #include <fstream>
+#include <optional>
+#include <sstream>
 #include <string>
 
 namespace lumiwren::testing {
@@ -24,21 +26,54 @@ protected:
     EXPECT_TRUE(program.waitForLine(answer));
   }
 
-  static int sessionOf(pid_t pid) {
+  /// Empty for a process that has ended.
+  static std::optional<pid_t> sessionOf(pid_t pid) {
     std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
     const std::string stat{std::istreambuf_iterator<char>(file), {}};
-    int parent = 0, group = 0, session = 0;
+    const auto nameEnd = stat.rfind(')');  // The name before this may hold anything.
+    if (nameEnd == std::string::npos) {
+      return std::nullopt;
+    }
+    std::istringstream rest(stat.substr(nameEnd + 1));
     char state = 0;
-    // The name before this may hold anything.
-    EXPECT_EQ(std::sscanf(stat.c_str() + stat.rfind(')'), ") %c %d %d %d", &state, &parent, &group, &session),
-              4);
+    pid_t parent = 0;
+    pid_t group = 0;
+    pid_t session = 0;
+    rest >> state >> parent >> group >> session;
     return session;
   }
 
+  /// Waits until there is a holder that has left the process that was started for it, which leads the
+  /// session.
+  pid_t waitForHolder() const {
+    for (;;) {
+      const auto holders = world_.holders();
+      const auto session = holders.size() == 1 ? sessionOf(holders[0]) : std::nullopt;
+      if (session && *session != holders[0]) {
+        return holders[0];
+      }
+    }
+  }
+
   const Lines everything{"list", "get", "UTF8_STRING", "get", "TEXT", "get", "image/png", "get", "x-atoms"};
-  const Lines userOwner{"give",     "UTF8_STRING",   "UTF8_STRING", "8",    "text", "give",
-                        "TEXT",     "COMPOUND_TEXT", "8",           "text", "fill", "image/png",
-                        "20000000", "give",          "x-atoms",     "ATOM", "32",   "12345678"};
+  const Lines userOwner{"give",
+                        "UTF8_STRING",
+                        "UTF8_STRING",
+                        "8",
+                        "text",
+                        "give",
+                        "TEXT",
+                        "COMPOUND_TEXT",
+                        "8",
+                        "text",
+                        "fill",
+                        "image/png",
+                        std::to_string(pictureBytes),
+                        "give",
+                        "x-atoms",
+                        "ATOM",
+                        "32",
+                        "12345678"};
 };
 
 TEST_F(PasteboardLifetimeTest, WhatWasPutBackOutlivesAProgramThatQuits) {
@@ -105,11 +140,7 @@ TEST_F(PasteboardLifetimeTest, AHolderThatHoldsNothingEndsWithTheProgram) {
   const auto program = startProgram();
   tell(*program, "read", "read");
   // A holder is on its way, for what is soon to be put back.
-  auto holders = world_.holders();
-  while (holders.size() != 1 || sessionOf(holders[0]) == holders[0]) {
-    holders = world_.holders();
-  }
-  const ProcessWatch holder(holders[0]);
+  const ProcessWatch holder(waitForHolder());
   program->kill(SIGKILL);
   EXPECT_TRUE(holder.waitForEnd());
 }
@@ -169,7 +200,7 @@ TEST_F(PasteboardLifetimeTest, WithoutAUsableHolderTheProgramServesItselfAndSays
     {
       X11Pasteboard pasteboard(executable);
       const PasteboardContents contents{{"UTF8_STRING", bytesOf("text")},
-                                        {"image/png", patternBytes(20'000'000)}};
+                                        {"image/png", patternBytes(pictureBytes)}};
       pasteboard.setContents(contents, PasteboardLifetime::Lasting);
       pasteboard.setContents(contents, PasteboardLifetime::Lasting);
       EXPECT_EQ(pasteboard.contents({}), contents);

@@ -1,7 +1,7 @@
 // pasteboard_program HOLDER: a program whose end is tested. It obeys the lines of its input until that ends:
 //   capture  takes the pasteboard's contents and puts them back; prints "restored"
 //   read     takes the contents; prints "read"
-//   picture  puts a text and 20 MB of patterned bytes; prints "put"
+//   picture  puts a text and a large picture; prints "put"
 
 #include "platform/linux/x11/X11Pasteboard.h"
 #include "support/SelectionPattern.h"
@@ -20,9 +20,9 @@ int main(int, char **argv) {
       (void)pasteboard.contents({});
       std::cout << "read" << std::endl;
     } else if (line == "picture") {
-      pasteboard.setContents(
-          {{"UTF8_STRING", {'t', 'e', 'x', 't'}}, {"image/png", testing::patternBytes(20'000'000)}},
-          PasteboardLifetime::Lasting);
+      pasteboard.setContents({{"UTF8_STRING", {'t', 'e', 'x', 't'}},
+                              {"image/png", testing::patternBytes(testing::pictureBytes)}},
+                             PasteboardLifetime::Lasting);
       std::cout << "put" << std::endl;
     }
   }

@@ -18,7 +18,10 @@ constexpr auto atOnce = 1s;
 
 class PasteboardReadingTest : public X11PasteboardTest {
 protected:
-  X11Pasteboard &pasteboard() { return world_.pasteboard(); }
+  X11Pasteboard &pasteboard() { return pasteboard_; }
+
+private:
+  X11Pasteboard &pasteboard_ = world_.pasteboard();
 };
 
 TEST_F(PasteboardReadingTest, CommandsAndDescriptionsAreNotAskedForAndEqualTypesComeOnce) {
@@ -65,9 +68,10 @@ TEST_F(PasteboardReadingTest, FortyTypesAreAskedForAllAtOnce) {
 }
 
 TEST_F(PasteboardReadingTest, PicturesOfManyMegabytesComeInIncrementsBesideEachOther) {
-  const auto owner = world_.startOwner({"fill", "image/png", "20000001", "fill", "image/bmp", "5000000",
-                                        "give", "UTF8_STRING", "UTF8_STRING", "8", "text"});
-  EXPECT_EQ(pasteboard().contents({}), (PasteboardContents{{"image/png", patternBytes(20'000'001)},
+  const auto owner =
+      world_.startOwner({"fill", "image/png", std::to_string(pictureBytes), "fill", "image/bmp", "5000000",
+                         "give", "UTF8_STRING", "UTF8_STRING", "8", "text"});
+  EXPECT_EQ(pasteboard().contents({}), (PasteboardContents{{"image/png", patternBytes(pictureBytes)},
                                                            {"image/bmp", patternBytes(5'000'000)},
                                                            {"UTF8_STRING", bytesOf("text")}}));
 }
@@ -119,7 +123,8 @@ TEST_F(PasteboardReadingTest, AHangingReadEndsAtOnceWhenItIsStopped) {
 }
 
 TEST_F(PasteboardReadingTest, AnOwnerIsHeardOutAlsoAfterTheReadWasStopped) {
-  const auto owner = world_.startOwner({"fill", "image/png", "20000000", "silent", "image/bmp"});
+  const auto owner =
+      world_.startOwner({"fill", "image/png", std::to_string(pictureBytes), "silent", "image/bmp"});
   std::stop_source stop;
   auto contents = std::async(std::launch::async, [&] { return pasteboard().contents(stop.get_token()); });
   EXPECT_TRUE(owner->waitForLine("asked image/bmp"));
@@ -129,8 +134,9 @@ TEST_F(PasteboardReadingTest, AnOwnerIsHeardOutAlsoAfterTheReadWasStopped) {
 }
 
 TEST_F(PasteboardReadingTest, WhatAnOwnerGaveBeforeItDiedIsKept) {
-  const auto owner = world_.startOwner({"give", "UTF8_STRING", "UTF8_STRING", "8", "text", "fill",
-                                        "image/png", "20000000", "silent", "image/bmp", "die-after", "3"});
+  const auto owner =
+      world_.startOwner({"give", "UTF8_STRING", "UTF8_STRING", "8", "text", "fill", "image/png",
+                         std::to_string(pictureBytes), "silent", "image/bmp", "die-after", "3"});
   const auto before = Clock::now();
   EXPECT_EQ(pasteboard().contents({}), (PasteboardContents{{"UTF8_STRING", bytesOf("text")}}));
   EXPECT_LT(Clock::now() - before, atOnce);
@@ -138,7 +144,7 @@ TEST_F(PasteboardReadingTest, WhatAnOwnerGaveBeforeItDiedIsKept) {
 
 TEST_F(PasteboardReadingTest, IncrementsThatStopComingAreLeftOut) {
   const auto owner = world_.startOwner({"give", "UTF8_STRING", "UTF8_STRING", "8", "text", "fill",
-                                        "image/png", "20000000", "stall-after", "3"});
+                                        "image/png", std::to_string(pictureBytes), "stall-after", "3"});
   EXPECT_EQ(pasteboard().contents({}), (PasteboardContents{{"UTF8_STRING", bytesOf("text")}}));
 }
 

@@ -54,7 +54,7 @@ TEST_F(PasteboardServingTest, OthersGetWhatTheOwnerGaveInTypeFormAndBytes) {
                                         "1000003",
                                         "fill",
                                         "image/bmp",
-                                        "20000000"});
+                                        std::to_string(pictureBytes)});
   const Lines all{"get", "UTF8_STRING", "get", "TEXT",     "get", "STRING",
                   "get", "x-atoms",     "get", "x-short",  "get", "application/x-nothing",
                   "get", "image/png",   "get", "image/bmp"};
@@ -88,7 +88,7 @@ TEST_F(PasteboardServingTest, AnswersRequestorsThatNameNoProperty) {
 }
 
 TEST_F(PasteboardServingTest, ARequestorThatStallsHoldsUpNobodyAndKeepsItsOwnTransfer) {
-  put({{"image/png", patternBytes(20'000'000)}});
+  put({{"image/png", patternBytes(pictureBytes)}});
   const auto before = world_.requestor({"get", "image/png"});
   const auto stalled = world_.start({SELECTION_REQUESTOR, "stall", "image/png"});
   EXPECT_TRUE(stalled->waitForLine("stalled"));
@@ -98,7 +98,7 @@ TEST_F(PasteboardServingTest, ARequestorThatStallsHoldsUpNobodyAndKeepsItsOwnTra
 }
 
 TEST_F(PasteboardServingTest, ARequestorThatDiesLeavesNothingBehind) {
-  put({{"image/png", patternBytes(20'000'000)}});
+  put({{"image/png", patternBytes(pictureBytes)}});
   const auto holders = world_.holders();
   ASSERT_EQ(holders.size(), 1U);
   const ProcessWatch holder(holders[0]);

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/selection/SelectionReader.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -120,9 +121,25 @@ void SelectionReader::fetched(xcb_window_t window, const xcb_get_property_reply_
       return;
     }
   }
+  if (requestor.state == State::Fetching) {
+    makeRoom(requestor, *reply);
+  }
   requestor.state = State::BetweenIncrements;
   if (requestor.moreCame) {
     fetch(window, State::FetchingIncrement);
+  }
+}
+
+void SelectionReader::makeRoom(Requestor &requestor, const xcb_get_property_reply_t &announcement) {
+  std::uint32_t size = 0;
+  const auto batch = requestor.batch.lock();
+  if (!batch || announcement.format != 32 || announcement.value_len != 1) {
+    return;
+  }
+  std::memcpy(&size, xcb_get_property_value(&announcement), sizeof size);
+  if (batch->announced + size <= maximumBatchBytes) {
+    batch->announced += size;
+    requestor.value.bytes.reserve(size);
   }
 }
 

@@ -25,6 +25,7 @@ struct SelectionBatch {
   std::vector<std::optional<SelectionValue>> values;  // one for each target
   std::size_t open = 0;                               // targets that are neither given nor refused yet
   std::size_t bytes = 0;
+  std::size_t announced = 0;       // bytes that are to come in increments, as far as the owner says
   std::uint32_t firstRequest = 0;  // events before this request are older than the batch
 };
 
@@ -58,6 +59,7 @@ private:
   void propertyChanged(const xcb_property_notify_event_t &event);
   void fetch(xcb_window_t window, State state);
   void fetched(xcb_window_t window, const xcb_get_property_reply_t *reply);
+  static void makeRoom(Requestor &requestor, const xcb_get_property_reply_t &announcement);
   void append(Requestor &requestor, const xcb_get_property_reply_t &reply);
   static void finish(Requestor &requestor, bool given);
 
