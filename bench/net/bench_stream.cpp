@@ -45,8 +45,13 @@ void serve(Connection &connection) {
       connection.chunk(chunkEvent(std::to_string(nanoseconds()) + " "));
     }
   } else {
-    const auto event = chunkEvent("word");
-    for (int count = 0; count < burstChunks && connection.chunk(event); ++count) {
+    // Several to a packet, so that it is the clients that are slow, and not the server.
+    constexpr int together = 10;
+    std::string packet;
+    for (int count = 0; count < together; ++count) {
+      packet += Connection::chunkOf(chunkEvent("word"));
+    }
+    for (int count = 0; count < burstChunks && connection.write(packet); count += together) {
     }
   }
   connection.chunk("data: [DONE]\n\n");

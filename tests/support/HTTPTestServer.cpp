@@ -93,7 +93,11 @@ void HTTPTestServer::Connection::beginChunked(int status) {
 }
 
 bool HTTPTestServer::Connection::chunk(std::string_view bytes) {
-  return write(hexadecimal(bytes.size()) + "\r\n" + std::string(bytes) + "\r\n");
+  return write(chunkOf(bytes));
+}
+
+std::string HTTPTestServer::Connection::chunkOf(std::string_view bytes) {
+  return hexadecimal(bytes.size()) + "\r\n" + std::string(bytes) + "\r\n";
 }
 
 void HTTPTestServer::Connection::endChunked() {

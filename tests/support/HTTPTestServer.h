@@ -52,6 +52,8 @@ public:
     void beginChunked(int status = 200);
     bool chunk(std::string_view bytes);
     void endChunked();
+    /// The bytes that chunk() writes.
+    static std::string chunkOf(std::string_view bytes);
     /// Waits until the client closes the connection, `limit` at the most.
     bool waitForClose(std::chrono::milliseconds limit = std::chrono::minutes(2));
     /// Drops the connection without a farewell.

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/linux/CurlNetworkThread.h"
+#include "platform/linux/CurlNetwork.h"
 #include "platform/linux/CurlTransfer.h"
 
 namespace lumiwren {
@@ -13,16 +13,23 @@ namespace {
 
 class CurlHTTPResponse : public HTTPResponse {
 public:
-  CurlHTTPResponse(std::shared_ptr<CurlTransfer> transfer, const std::stop_token &token)
-      : transfer_(std::move(transfer)), status_(transfer_->waitForStatus(token)) {}
+  CurlHTTPResponse(std::shared_ptr<CurlNetwork> network, std::shared_ptr<CurlTransfer> transfer,
+                   const std::stop_token &token)
+      : network_(std::move(network)),
+        transfer_(std::move(transfer)),
+        status_(transfer_->waitForStatus(token)) {}
   CurlHTTPResponse(const CurlHTTPResponse &) = delete;
   CurlHTTPResponse &operator=(const CurlHTTPResponse &) = delete;
-  ~CurlHTTPResponse() override { transfer_->cancel(); }
+  ~CurlHTTPResponse() override {
+    transfer_->cancel();
+    network_->settle();
+  }
 
   int status() const override { return status_; }
   std::string_view read(const std::stop_token &token) override { return transfer_->read(token); }
 
 private:
+  const std::shared_ptr<CurlNetwork> network_;
   const std::shared_ptr<CurlTransfer> transfer_;
   const int status_;
 };
@@ -41,7 +48,7 @@ void checkHeaders(const HTTPRequest &request) {
 }  // namespace
 
 CurlHTTPClient::CurlHTTPClient(std::string certificateDirectory)
-    : network_(std::make_shared<CurlNetworkThread>(std::move(certificateDirectory))) {}
+    : network_(std::make_shared<CurlNetwork>(std::move(certificateDirectory))) {}
 
 CurlHTTPClient::~CurlHTTPClient() {
   network_->quit();
@@ -52,7 +59,7 @@ std::unique_ptr<HTTPResponse> CurlHTTPClient::send(const HTTPRequest &request, c
   checkHeaders(request);
   auto transfer = std::make_shared<CurlTransfer>(request, network_);
   network_->attendTo(transfer);
-  return std::make_unique<CurlHTTPResponse>(std::move(transfer), token);
+  return std::make_unique<CurlHTTPResponse>(network_, std::move(transfer), token);
 }
 
 std::string CurlHTTPClient::defaultCertificateDirectory() {

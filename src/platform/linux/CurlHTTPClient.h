@@ -7,11 +7,10 @@
 
 namespace lumiwren {
 
-class CurlNetworkThread;
+class CurlNetwork;
 
-/// HTTPClient over libcurl. One thread, started by the first request, carries all transfers and sleeps
-/// whenever none of them moves. HTTP/2 where the server has it, the proxy variables of the environment (never
-/// for this computer's own addresses), no redirects.
+/// HTTPClient over libcurl, without a thread of its own (see CurlNetwork). HTTP/2 where the server has it,
+/// the proxy variables of the environment (never for this computer's own addresses), no redirects.
 class CurlHTTPClient : public HTTPClient {
 public:
   /// Certificates are looked up one at a time in a directory with OpenSSL's hashed names: reading Debian's
@@ -28,7 +27,7 @@ public:
   static std::string defaultCertificateDirectory();
 
 private:
-  const std::shared_ptr<CurlNetworkThread> network_;
+  const std::shared_ptr<CurlNetwork> network_;
 };
 
 }  // namespace lumiwren

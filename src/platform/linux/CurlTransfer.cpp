@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/linux/CurlNetworkThread.h"
+#include "platform/linux/CurlNetwork.h"
 
 namespace lumiwren {
 
@@ -20,31 +20,29 @@ CurlTransfer::TimePoint now() {
 
 }  // namespace
 
-CurlTransfer::CurlTransfer(HTTPRequest request, std::shared_ptr<CurlNetworkThread> network)
+CurlTransfer::CurlTransfer(HTTPRequest request, std::shared_ptr<CurlNetwork> network)
     : request_(std::move(request)), network_(std::move(network)) {}
 
 /// Waits until `take` has found what it came for, or the response has ended without it. `take` runs with the
 /// lock held.
 template <typename Take>
 void CurlTransfer::wait(const std::stop_token &token, Take take) {
-  if (!token.stop_requested()) {
-    const std::lock_guard lock(mutex_);
-    if (!isCancelRequested_ && take()) {
-      return;
-    }
-  }
-  // Outlives the lock: its destructor waits for a callback that is just running, which needs the lock.
   const std::stop_callback onStop(token, [this] { cancel(); });
-  std::unique_lock lock(mutex_);
-  bool taken = false;
-  changed_.wait(lock, [&] {
-    taken = !isCancelRequested_ && take();
-    return taken || isCancelRequested_ || outcome_ != Outcome::Running;
+  bool isTaken = false;
+  network_->driveUntil([&] {
+    const std::lock_guard lock(mutex_);
+    isTaken = !isCancelRequested_ && take();
+    return isTaken || isCancelRequested_ || outcome_ != Outcome::Running;
   });
-  if (isCancelRequested_ || outcome_ == Outcome::Cancelled) {
+  if (isTaken) {
+    return;
+  }
+  network_->settle();
+  const std::lock_guard lock(mutex_);
+  if (isCancelRequested_ || outcome_ == Outcome::Running || outcome_ == Outcome::Cancelled) {
     throw CancellationError();
   }
-  if (!taken && outcome_ == Outcome::Failed) {
+  if (outcome_ == Outcome::Failed) {
     throw TransportError(failure_);
   }
 }
@@ -80,8 +78,8 @@ void CurlTransfer::cancel() noexcept {
     }
     isCancelRequested_ = true;
   }
-  changed_.notify_all();
   network_->attendTo(shared_from_this());
+  network_->notify();
 }
 
 bool CurlTransfer::isCancelRequested() const {
@@ -168,7 +166,7 @@ void CurlTransfer::end(Outcome outcome, std::string failure) {
     outcome_ = outcome;
     failure_ = std::move(failure);
   }
-  changed_.notify_all();
+  network_->notify();
 }
 
 void CurlTransfer::release(CURLM *multi) {
@@ -203,7 +201,7 @@ std::size_t CurlTransfer::onHeader(char *bytes, std::size_t, std::size_t size, v
     }
     transfer.status_ = static_cast<int>(status);
   }
-  transfer.changed_.notify_all();
+  transfer.network_->notify();
   return size;
 }
 
@@ -219,7 +217,7 @@ std::size_t CurlTransfer::onBody(char *bytes, std::size_t, std::size_t size, voi
     }
     transfer.incoming_.append(bytes, size);
   }
-  transfer.changed_.notify_all();
+  transfer.network_->notify();
   return size;
 }
 

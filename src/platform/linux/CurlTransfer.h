@@ -4,7 +4,6 @@
 
 #include <array>
 #include <chrono>
-#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -17,10 +16,10 @@
 
 namespace lumiwren {
 
-class CurlNetworkThread;
+class CurlNetwork;
 
-/// One request and its response. The network thread fills it, one reader empties it; in between is a bounded
-/// buffer, and a transfer whose reader is slow is paused.
+/// One request and its response. Whoever drives the network fills it, one reader empties it; in between is a
+/// bounded buffer, and a transfer whose reader is slow is paused.
 class CurlTransfer : public std::enable_shared_from_this<CurlTransfer> {
 public:
   using TimePoint = std::chrono::steady_clock::time_point;
@@ -31,7 +30,7 @@ public:
     const std::string &noProxy;
   };
 
-  CurlTransfer(HTTPRequest request, std::shared_ptr<CurlNetworkThread> network);
+  CurlTransfer(HTTPRequest request, std::shared_ptr<CurlNetwork> network);
   CurlTransfer(const CurlTransfer &) = delete;
   CurlTransfer &operator=(const CurlTransfer &) = delete;
   ~CurlTransfer() = default;
@@ -42,7 +41,7 @@ public:
   /// Any thread; never waits for the network.
   void cancel() noexcept;
 
-  // The network thread's side.
+  // The driver's side (see CurlNetwork).
   bool isCancelRequested() const;
   bool hasStarted() const { return hasStarted_; }
   void start(CURLM *multi, const Setup &setup);
@@ -68,10 +67,9 @@ private:
   std::string describe(CURLcode result) const;
 
   const HTTPRequest request_;
-  const std::shared_ptr<CurlNetworkThread> network_;
+  const std::shared_ptr<CurlNetwork> network_;
 
   mutable std::mutex mutex_;
-  std::condition_variable changed_;
   std::optional<int> status_;
   std::string incoming_;
   bool isPaused_ = false;
@@ -81,7 +79,7 @@ private:
 
   std::string taken_;  // the reader's, until it reads again
 
-  // The network thread's.
+  // The driver's.
   bool hasStarted_ = false;
   CURL *easy_ = nullptr;  // there while libcurl works on the transfer
   curl_slist *headers_ = nullptr;

@@ -23,33 +23,6 @@ namespace {
 using namespace std::chrono_literals;
 using Connection = HTTPTestServer::Connection;
 
-enum class End { Whole, Cancelled, Failed };
-
-/// One request, read to its end on a thread of its own.
-class Reader {
-public:
-  Reader(HTTPClient &client, const HTTPRequest &request)
-      : end_(std::async(std::launch::async, [this, &client, request] {
-          try {
-            const auto response = client.send(request, stop_.get_token());
-            readAll(*response, stop_.get_token());
-            return End::Whole;
-          } catch (const CancellationError &) {
-            return End::Cancelled;
-          } catch (const TransportError &) {
-            return End::Failed;
-          }
-        })) {}
-
-  void cancel() { stop_.request_stop(); }
-  bool endsAtOnce() { return end_.wait_for(atOnce) == std::future_status::ready; }
-  End end() { return end_.get(); }
-
-private:
-  std::stop_source stop_;
-  std::future<End> end_;
-};
-
 /// Takes connections no further than the first packet: its queue is full.
 class DeafPort {
 public:
@@ -192,7 +165,11 @@ TEST(CurlHTTPClientCancel, DroppingAResponseWhoseTransferIsPausedClosesTheConnec
     }
     closed.count_down();
   });
+  StallingServer other("");
   CurlHTTPClient client;
+  // Who waits here fills the buffer of the response that nobody reads.
+  Reader driver(client, post(other.url()));
+  other.waitUntilStalling();
 
   auto response = client.send(post(server.url()), {});
   EXPECT_NE(response->read({}), "");

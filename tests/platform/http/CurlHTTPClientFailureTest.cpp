@@ -182,6 +182,19 @@ TEST(CurlHTTPClientFailure, AConnectionThatHasTimedOutIsNotUsedAgain) {
   EXPECT_EQ(server.connectionCount(), 2U);
 }
 
+TEST(CurlHTTPClientFailure, EveryRequestHasItsOwnLimit) {
+  HTTPTestServer server([](Connection &connection) { connection.waitForClose(); });
+  CurlHTTPClient client;
+  Reader patient(client, post(server.url()));
+  server.waitForRequests(1);
+  auto request = post(server.url());
+  request.timeoutInterval = 300ms;
+
+  EXPECT_EQ(transportError([&] { client.send(request, {}); }), "The request timed out.");
+  patient.cancel();
+  EXPECT_EQ(patient.end(), End::Cancelled);
+}
+
 TEST(CurlHTTPClientFailure, AnAnswerThatOnlyDripsIsNotSilent) {
   HTTPTestServer server([](Connection &connection) {
     connection.beginChunked();

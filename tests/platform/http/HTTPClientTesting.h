@@ -1,7 +1,12 @@
 #pragma once
 
+#include <chrono>
+#include <future>
+#include <stop_token>
 #include <string>
+#include <utility>
 
+#include "base/Task.h"
 #include "platform/HTTPClient.h"
 
 namespace lumiwren::testing {
@@ -38,5 +43,35 @@ std::string transportError(Action action) {
 /// For asserting that something ends "at once" on a machine that is busy with other things: far below the
 /// minute for which the network may be silent.
 inline constexpr std::chrono::seconds atOnce{10};
+
+enum class End { Whole, Cancelled, Failed };
+
+/// One request, read to its end on a thread of its own. Cancelled when dropped.
+class Reader {
+public:
+  Reader(HTTPClient &client, const HTTPRequest &request)
+      : end_(std::async(std::launch::async, [token = stop_.get_token(), &client, request] {
+          try {
+            const auto response = client.send(request, token);
+            readAll(*response, token);
+            return End::Whole;
+          } catch (const CancellationError &) {
+            return End::Cancelled;
+          } catch (const TransportError &) {
+            return End::Failed;
+          }
+        })) {}
+  Reader(const Reader &) = delete;
+  Reader &operator=(const Reader &) = delete;
+  ~Reader() { cancel(); }
+
+  void cancel() { stop_.request_stop(); }
+  bool endsAtOnce() { return end_.wait_for(atOnce) == std::future_status::ready; }
+  End end() { return end_.get(); }
+
+private:
+  std::stop_source stop_;
+  std::future<End> end_;
+};
 
 }  // namespace lumiwren::testing

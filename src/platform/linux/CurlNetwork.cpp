@@ -1,0 +1,229 @@
+#include "platform/linux/CurlNetwork.h"
+
+#include <malloc.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "platform/linux/CurlTransfer.h"
+
+namespace lumiwren {
+
+namespace {
+
+// libcurl copies the key into its own request buffers; whatever it frees is wiped first.
+void freeWiped(void *block) {
+  if (block != nullptr) {
+    explicit_bzero(block, malloc_usable_size(block));
+    std::free(block);
+  }
+}
+
+void *reallocWiped(void *block, std::size_t size) {
+  const auto usable = block == nullptr ? 0 : malloc_usable_size(block);
+  if (block != nullptr && size <= usable) {
+    return block;
+  }
+  void *const grown = std::malloc(size);
+  if (grown != nullptr && block != nullptr) {
+    std::memcpy(grown, block, usable);
+    freeWiped(block);
+  }
+  return grown;
+}
+
+void initialiseCurl() {
+  static const CURLcode result = curl_global_init_mem(CURL_GLOBAL_DEFAULT, &std::malloc, &freeWiped,
+                                                      &reallocWiped, &strdup, &std::calloc);
+  if (result != CURLE_OK) {
+    throw std::bad_alloc();  // The only way in which it fails.
+  }
+}
+
+/// libcurl is told to leave signals alone; a peer that is gone is an error, not a signal.
+void ignoreBrokenPipes() {
+  thread_local const bool isBlocked = [] {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    return pthread_sigmask(SIG_BLOCK, &signals, nullptr) == 0;
+  }();
+  static_cast<void>(isBlocked);
+}
+
+/// What is on this computer is asked directly; a proxy elsewhere could not reach it, and would see the key.
+std::string hostsWithoutProxy() {
+  const char *value = std::getenv("no_proxy");
+  if (value == nullptr) {
+    value = std::getenv("NO_PROXY");
+  }
+  if (value != nullptr && std::strcmp(value, "*") == 0) {
+    return value;  // Understood only when it stands alone.
+  }
+  const std::string own = "localhost,127.0.0.0/8,::1";
+  return value == nullptr || *value == '\0' ? own : own + "," + value;
+}
+
+}  // namespace
+
+CurlNetwork::CurlNetwork(std::string certificateDirectory)
+    : certificateDirectory_(std::move(certificateDirectory)), noProxy_(hostsWithoutProxy()) {}
+
+CurlNetwork::~CurlNetwork() {
+  if (multi_ != nullptr) {
+    curl_multi_cleanup(multi_);
+    curl_share_cleanup(share_);
+  }
+}
+
+void CurlNetwork::attendTo(std::shared_ptr<CurlTransfer> transfer) {
+  initialiseCurl();
+  {
+    const std::lock_guard lock(mutex_);
+    if (!isQuitting_) {
+      if (multi_ == nullptr) {
+        multi_ = curl_multi_init();
+        share_ = curl_share_init();
+        curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+      }
+      wanting_.push_back(std::move(transfer));
+      if (isDriven_) {
+        curl_multi_wakeup(multi_);
+      }
+      return;
+    }
+  }
+  transfer->end(CurlTransfer::Outcome::Cancelled);
+}
+
+void CurlNetwork::driveUntil(const std::function<bool()> &isReady) {
+  ignoreBrokenPipes();
+  std::unique_lock lock(mutex_);
+  for (bool ready = isReady(); !ready && !isQuitting_;) {
+    if (isDriven_) {
+      changed_.wait(lock);
+      ready = isReady();
+      continue;
+    }
+    isDriven_ = true;
+    while (!ready && !isQuitting_) {
+      lock.unlock();
+      attend();
+      int running = 0;
+      curl_multi_perform(multi_, &running);
+      reap();
+      const int wait = expire();
+      ready = isReady();
+      if (!ready) {
+        curl_multi_poll(multi_, nullptr, 0, wait, nullptr);
+      }
+      lock.lock();
+    }
+    isDriven_ = false;
+    changed_.notify_all();  // Another takes over.
+  }
+}
+
+void CurlNetwork::settle() {
+  std::unique_lock lock(mutex_);
+  if (isDriven_ || isQuitting_ || wanting_.empty()) {
+    return;
+  }
+  isDriven_ = true;
+  lock.unlock();
+  attend();
+  lock.lock();
+  isDriven_ = false;
+  changed_.notify_all();
+}
+
+void CurlNetwork::notify() {
+  {
+    // Who has just found nothing to be ready is waiting by now.
+    const std::lock_guard lock(mutex_);
+  }
+  changed_.notify_all();
+}
+
+void CurlNetwork::quit() {
+  {
+    std::unique_lock lock(mutex_);
+    isQuitting_ = true;
+    if (isDriven_) {
+      curl_multi_wakeup(multi_);
+    }
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return !isDriven_; });
+  }
+  // Nobody drives any more.
+  for (const auto &transfer : std::exchange(wanting_, {})) {
+    transfer->end(CurlTransfer::Outcome::Cancelled);
+  }
+  while (!transfers_.empty()) {
+    transfers_.back()->end(CurlTransfer::Outcome::Cancelled);
+    remove(transfers_.back());
+  }
+}
+
+void CurlNetwork::attend() {
+  std::vector<std::shared_ptr<CurlTransfer>> wanting;
+  {
+    const std::lock_guard lock(mutex_);
+    wanting.swap(wanting_);
+  }
+  for (const auto &transfer : wanting) {
+    if (transfer->isCancelRequested()) {
+      transfer->end(CurlTransfer::Outcome::Cancelled);
+      remove(transfer);
+    } else if (!transfer->hasStarted()) {
+      transfer->start(multi_, {share_, certificateDirectory_, noProxy_});
+      transfers_.push_back(transfer);
+    } else {
+      transfer->resume();
+    }
+  }
+}
+
+void CurlNetwork::reap() {
+  int left = 0;
+  while (const CURLMsg *const message = curl_multi_info_read(multi_, &left)) {
+    const auto transfer = std::find_if(transfers_.begin(), transfers_.end(), [&](const auto &candidate) {
+      return candidate->easy() == message->easy_handle;
+    });
+    (*transfer)->complete(message->data.result);
+    remove(std::shared_ptr(*transfer));
+  }
+}
+
+/// Ends the transfers that have been silent for too long; returns the milliseconds until the next may be.
+int CurlNetwork::expire() {
+  const auto now = std::chrono::steady_clock::now();
+  auto wait = std::chrono::milliseconds(std::numeric_limits<int>::max());
+  for (const auto &transfer : std::vector(transfers_)) {
+    const auto deadline = transfer->silenceDeadline();
+    if (deadline <= now) {
+      // The connection may be dead without anybody having said so.
+      curl_easy_setopt(transfer->easy(), CURLOPT_FORBID_REUSE, 1L);
+      transfer->complete(CURLE_OPERATION_TIMEDOUT);
+      remove(transfer);
+    } else if (deadline != CurlTransfer::TimePoint::max()) {
+      wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(deadline - now));
+    }
+  }
+  return static_cast<int>(wait.count());
+}
+
+void CurlNetwork::remove(const std::shared_ptr<CurlTransfer> &transfer) {
+  const auto keptAlive = transfer;
+  std::erase(transfers_, keptAlive);
+  keptAlive->release(multi_);
+}
+
+}  // namespace lumiwren
