@@ -1,12 +1,12 @@
 #pragma once
 
+#include "base/UUID.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "base/UUID.h"
 
 namespace lumiwren {
 

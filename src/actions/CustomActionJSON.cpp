@@ -1,8 +1,9 @@
 #include "actions/CustomActionJSON.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <set>
 
 namespace lumiwren {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "actions/CustomAction.h"
+
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "actions/CustomAction.h"
 
 namespace lumiwren {
 

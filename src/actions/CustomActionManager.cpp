@@ -1,12 +1,12 @@
 #include "actions/CustomActionManager.h"
 
+#include "actions/CustomActionJSON.h"
+#include "base/PrintLine.h"
+
 #include <algorithm>
 #include <array>
 #include <set>
 #include <utility>
-
-#include "actions/CustomActionJSON.h"
-#include "base/PrintLine.h"
 
 namespace lumiwren {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <string_view>
-#include <vector>
-
 #include "actions/CustomAction.h"
 #include "base/Signal.h"
 #include "platform/UserDefaults.h"
+
+#include <string_view>
+#include <vector>
 
 namespace lumiwren {
 

@@ -8,7 +8,8 @@
 namespace lumiwren {
 
 /// The program's own settings, by key. Main thread. A change is in permanent storage, whole, when the call
-/// returns; a failure to store is printed as one line and leaves what was stored.
+/// returns; a failure to store is printed as one line, leaves what was stored, and the change lasts for this
+/// run.
 class UserDefaults {
 public:
   virtual ~UserDefaults() = default;

@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <optional>
 
 namespace lumiwren {

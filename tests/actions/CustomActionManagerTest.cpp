@@ -1,10 +1,10 @@
 #include "actions/CustomActionManager.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "actions/CustomActionJSON.h"
 #include "platform/testing/FakeUserDefaults.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace lumiwren {
 namespace {

@@ -1,10 +1,10 @@
 #include "actions/CustomAction.h"
 
+#include "platform/KeyCodes.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
-
-#include "platform/KeyCodes.h"
 
 namespace lumiwren {
 namespace {

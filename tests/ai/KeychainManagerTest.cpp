@@ -1,13 +1,13 @@
 #include "ai/KeychainManager.h"
 
+#include "platform/linux/LibsecretSecretStore.h"
+#include "platform/storage/SecretSession.h"
+#include "platform/testing/FakeSecretStore.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <thread>
-
-#include "platform/linux/LibsecretSecretStore.h"
-#include "platform/storage/SecretSession.h"
-#include "platform/testing/FakeSecretStore.h"
 
 namespace lumiwren {
 namespace {

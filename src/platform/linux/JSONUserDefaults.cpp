@@ -1,5 +1,9 @@
 #include "platform/linux/JSONUserDefaults.h"
 
+#include "base/Base64.h"
+#include "base/PrintLine.h"
+#include "base/Unicode.h"
+
 #include <pwd.h>
 #include <unistd.h>
 
@@ -7,10 +11,6 @@
 #include <stdexcept>
 #include <system_error>
 #include <utility>
-
-#include "base/Base64.h"
-#include "base/PrintLine.h"
-#include "base/Unicode.h"
 
 namespace lumiwren {
 

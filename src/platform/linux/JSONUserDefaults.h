@@ -1,14 +1,15 @@
 #pragma once
 
-#include <filesystem>
+#include "platform/UserDefaults.h"
+#include "platform/linux/WholeFile.h"
+
 #include <nlohmann/json.hpp>
+
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "platform/UserDefaults.h"
-#include "platform/linux/WholeFile.h"
 
 namespace lumiwren {
 

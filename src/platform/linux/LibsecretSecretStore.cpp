@@ -1,5 +1,7 @@
 #include "platform/linux/LibsecretSecretStore.h"
 
+#include "platform/linux/GLibWait.h"
+
 // For the calls by path: one round trip each, where those by object load every property of each object first.
 #define SECRET_API_SUBJECT_TO_CHANGE
 #include <libsecret/secret.h>
@@ -8,8 +10,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "platform/linux/GLibWait.h"
 
 namespace lumiwren {
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/SecretStore.h"
+
 #include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string_view>
-
-#include "platform/SecretStore.h"
 
 namespace lumiwren {
 

@@ -1,5 +1,7 @@
 #include "platform/linux/WholeFile.h"
 
+#include "platform/linux/FileDescriptor.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,28 +11,10 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <system_error>
-#include <utility>
 
 namespace lumiwren {
 
 namespace {
-
-class Descriptor {
-public:
-  explicit Descriptor(int number) : number_(number) {
-    if (number < 0) {
-      throw std::system_error(errno, std::generic_category());
-    }
-  }
-  Descriptor(const Descriptor &) = delete;
-  Descriptor &operator=(const Descriptor &) = delete;
-  ~Descriptor() { ::close(number_); }
-
-  int number() const { return number_; }
-
-private:
-  const int number_;
-};
 
 /// Repeats a system call that a signal interrupts, and throws when it fails.
 template <typename Call>
@@ -45,9 +29,13 @@ std::size_t checked(Call call) {
   }
 }
 
-struct stat statusOf(const Descriptor &descriptor) {
+FileDescriptor open(const std::filesystem::path &path, int flags) {
+  return FileDescriptor(static_cast<int>(checked([&] { return ::open(path.c_str(), flags | O_CLOEXEC); })));
+}
+
+struct stat statusOf(const FileDescriptor &file) {
   struct stat status = {};
-  checked([&] { return ::fstat(descriptor.number(), &status); });
+  checked([&] { return ::fstat(file.get(), &status); });
   return status;
 }
 
@@ -63,10 +51,9 @@ std::filesystem::path folderOf(const std::filesystem::path &file) {
   return file.has_parent_path() ? file.parent_path() : ".";
 }
 
-void writeAll(const Descriptor &descriptor, std::string_view content) {
+void writeAll(const FileDescriptor &file, std::string_view content) {
   while (!content.empty()) {
-    content.remove_prefix(
-        checked([&] { return ::write(descriptor.number(), content.data(), content.size()); }));
+    content.remove_prefix(checked([&] { return ::write(file.get(), content.data(), content.size()); }));
   }
 }
 
@@ -74,8 +61,8 @@ void writeAll(const Descriptor &descriptor, std::string_view content) {
 
 WholeFile readWhole(const std::filesystem::path &file, const std::optional<FileVersion> &known) {
   // A pipe in the file's place would otherwise be waited for.
-  const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  const auto status = statusOf(descriptor);
+  const auto opened = open(file, O_RDONLY | O_NONBLOCK);
+  const auto status = statusOf(opened);
   if (!S_ISREG(status.st_mode)) {
     throw std::runtime_error("not a regular file");
   }
@@ -85,7 +72,7 @@ WholeFile readWhole(const std::filesystem::path &file, const std::optional<FileV
   }
   std::array<char, 16384> buffer;
   for (;;) {
-    const auto count = checked([&] { return ::read(descriptor.number(), buffer.data(), buffer.size()); });
+    const auto count = checked([&] { return ::read(opened.get(), buffer.data(), buffer.size()); });
     if (count == 0) {
       return whole;
     }
@@ -96,19 +83,20 @@ WholeFile readWhole(const std::filesystem::path &file, const std::optional<FileV
 FileVersion writeWhole(const std::filesystem::path &file, std::string_view content) {
   const auto folder = folderOf(file);
   auto temporary = (folder / ("." + file.filename().string() + ".XXXXXX")).string();
-  const Descriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC));  // for the user only
+  const FileDescriptor opened(static_cast<int>(
+      checked([&] { return ::mkostemp(temporary.data(), O_CLOEXEC); })));  // for the user only
   FileVersion version{};
   try {
-    writeAll(descriptor, content);
-    checked([&] { return ::fsync(descriptor.number()); });
-    version = versionOf(statusOf(descriptor));
+    writeAll(opened, content);
+    checked([&] { return ::fsync(opened.get()); });
+    version = versionOf(statusOf(opened));
     checked([&] { return ::rename(temporary.c_str(), file.c_str()); });
   } catch (const std::system_error &) {
     ::unlink(temporary.c_str());
     throw;
   }
   // Some file systems cannot do this; the new file is in place all the same.
-  ::fsync(Descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)).number());
+  ::fsync(open(folder, O_RDONLY | O_DIRECTORY).get());
   return version;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/SecretStore.h"
+
 #include <condition_variable>
 #include <cstddef>
 #include <map>
@@ -9,8 +11,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "platform/SecretStore.h"
 
 namespace lumiwren::testing {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/UserDefaults.h"
+
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -9,8 +12,6 @@
 #include <utility>
 #include <variant>
 #include <vector>
-
-#include "platform/UserDefaults.h"
 
 namespace lumiwren::testing {
 
@@ -39,8 +40,7 @@ public:
   bool contains(std::string_view key) const { return values_.find(key) != values_.end(); }
   /// How often the key has been written, also with the value it had.
   std::size_t writeCount(std::string_view key) const {
-    const auto count = writeCounts_.find(key);
-    return count != writeCounts_.end() ? count->second : 0;
+    return static_cast<std::size_t>(std::count(writes_.begin(), writes_.end(), key));
   }
   /// The keys in the order in which they were written, one entry a write.
   const std::vector<std::string> &writes() const { return writes_; }
@@ -56,12 +56,10 @@ private:
 
   void write(std::string_view key, Value value) {
     values_.insert_or_assign(std::string(key), std::move(value));
-    ++writeCounts_[std::string(key)];
     writes_.emplace_back(key);
   }
 
   std::map<std::string, Value, std::less<>> values_;
-  std::map<std::string, std::size_t, std::less<>> writeCounts_;
   std::vector<std::string> writes_;
 };
 

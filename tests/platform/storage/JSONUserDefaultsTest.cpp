@@ -1,8 +1,12 @@
 #include "platform/linux/JSONUserDefaults.h"
 
-#include <fcntl.h>
+#include "platform/storage/TemporaryFolder.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -13,10 +17,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <sstream>
-
-#include "platform/storage/TemporaryFolder.h"
 
 namespace lumiwren {
 namespace {

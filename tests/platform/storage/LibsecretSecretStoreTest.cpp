@@ -1,12 +1,12 @@
 #include "platform/linux/LibsecretSecretStore.h"
 
+#include "platform/storage/SecretSession.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <thread>
-
-#include "platform/storage/SecretSession.h"
 
 namespace lumiwren {
 namespace {

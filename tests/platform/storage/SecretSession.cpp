@@ -1,13 +1,13 @@
 #include "platform/storage/SecretSession.h"
 
+#include "platform/linux/GLibWait.h"
+
 #include <gio/gio.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
-
-#include "platform/linux/GLibWait.h"
 
 namespace lumiwren::testing {
 

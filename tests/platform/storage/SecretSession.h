@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/storage/TemporaryFolder.h"
+#include "support/Process.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "platform/storage/TemporaryFolder.h"
-#include "support/Process.h"
 
 namespace lumiwren::testing {
 

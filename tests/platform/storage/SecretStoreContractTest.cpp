@@ -1,10 +1,10 @@
 // What holds for every implementation of SecretStore.
 
-#include <gtest/gtest.h>
-
 #include "platform/linux/LibsecretSecretStore.h"
 #include "platform/storage/SecretSession.h"
 #include "platform/testing/FakeSecretStore.h"
+
+#include <gtest/gtest.h>
 
 namespace lumiwren {
 namespace {

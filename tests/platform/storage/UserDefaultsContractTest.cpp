@@ -1,12 +1,12 @@
 // What holds for every implementation of UserDefaults.
 
-#include <gtest/gtest.h>
-
-#include <memory>
-
 #include "platform/linux/JSONUserDefaults.h"
 #include "platform/storage/TemporaryFolder.h"
 #include "platform/testing/FakeUserDefaults.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
 
 namespace lumiwren {
 namespace {
