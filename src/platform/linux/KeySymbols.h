@@ -12,6 +12,7 @@ namespace keySym {
 inline constexpr KeySym c = 0x63;
 inline constexpr KeySym scrollLock = 0xff14;
 inline constexpr KeySym escape = 0xff1b;
+inline constexpr KeySym insert = 0xff63;
 inline constexpr KeySym modeSwitch = 0xff7e;
 inline constexpr KeySym numLock = 0xff7f;
 inline constexpr KeySym controlL = 0xffe3;

@@ -1,8 +1,8 @@
 #include "platform/linux/x11/TerminalClasses.h"
 
 #include <algorithm>
-#include <iterator>
 #include <functional>
+#include <iterator>
 
 namespace lumiwren {
 namespace {

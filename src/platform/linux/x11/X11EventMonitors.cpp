@@ -3,7 +3,7 @@
 #include "platform/linux/EvdevKeyCodes.h"
 #include "platform/linux/x11/XKBProtocol.h"
 
-#include <algorithm>
+#include <span>
 #include <vector>
 
 namespace lumiwren {
@@ -101,15 +101,17 @@ void X11EventMonitors::findOwnWindows() {
   while (!level.empty()) {
     std::vector<xcb_query_tree_cookie_t> questions;
     for (const xcb_window_t window : level) {
-      watchIfOwn(window);
       questions.push_back(xcb_query_tree(connection, window));
     }
     level.clear();
     for (const auto question : questions) {
       if (const XReply<xcb_query_tree_reply_t> reply(xcb_query_tree_reply(connection, question, nullptr));
           reply) {
-        const xcb_window_t *children = xcb_query_tree_children(reply.get());
-        level.insert(level.end(), children, children + xcb_query_tree_children_length(reply.get()));
+        const auto count = static_cast<std::size_t>(xcb_query_tree_children_length(reply.get()));
+        for (const xcb_window_t child : std::span(xcb_query_tree_children(reply.get()), count)) {
+          watchIfOwn(child);
+          level.push_back(child);
+        }
       }
     }
   }

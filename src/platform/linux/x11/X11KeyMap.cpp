@@ -119,29 +119,32 @@ std::uint8_t X11KeyMap::disturbingModifiers() const {
   return static_cast<std::uint8_t>(~(XCB_MOD_MASK_LOCK | numLockModifiers_));
 }
 
+std::optional<xcb_keycode_t> X11KeyMap::keyTyping(KeySym wanted, std::uint32_t group) const {
+  for (std::size_t keycode = 0; keycode < keys_.size(); ++keycode) {
+    if (symbol(static_cast<xcb_keycode_t>(keycode), group) == wanted) {
+      return static_cast<xcb_keycode_t>(keycode);
+    }
+  }
+  return std::nullopt;
+}
+
 xcb_keycode_t X11KeyMap::controlKey() const {
   for (const KeySym wanted : {keySym::controlL, keySym::controlR}) {
-    for (std::size_t keycode = 0; keycode < keys_.size(); ++keycode) {
-      const auto candidate = static_cast<xcb_keycode_t>(keycode);
-      if ((keys_.at(keycode).modifiers & XCB_MOD_MASK_CONTROL) != 0 && symbol(candidate, 0) == wanted) {
-        return candidate;
-      }
+    const auto key = keyTyping(wanted, 0);
+    if (key && (keys_.at(*key).modifiers & XCB_MOD_MASK_CONTROL) != 0) {
+      return *key;
     }
   }
   return KEY_LEFTCTRL + evdevOffset;
 }
 
-xcb_keycode_t X11KeyMap::copyKey(std::uint32_t group) const {
-  std::array<std::uint32_t, largestGroupCount + 1> groups{group, 0, 1, 2, 3};
-  for (const std::uint32_t tried : groups) {
-    for (std::size_t keycode = 0; keycode < keys_.size(); ++keycode) {
-      const auto candidate = static_cast<xcb_keycode_t>(keycode);
-      if (symbol(candidate, tried) == keySym::c) {
-        return candidate;
-      }
+xcb_keycode_t X11KeyMap::copyKey(std::uint32_t activeGroup) const {
+  for (const std::uint32_t group : {activeGroup, 0U, 1U, 2U, 3U}) {
+    if (const auto key = keyTyping(keySym::c, group)) {
+      return *key;
     }
   }
-  return KEY_C + evdevOffset;
+  return keyTyping(keySym::insert, activeGroup).value_or(KEY_C + evdevOffset);
 }
 
 }  // namespace lumiwren

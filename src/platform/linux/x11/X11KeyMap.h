@@ -44,12 +44,15 @@ public:
 
   /// The key that sets Control.
   xcb_keycode_t controlKey() const;
-  /// The key that stands for the letter c in a keyboard shortcut while `group` is active: the one that types
-  /// it there; where none does, the one that types it in another layout, to which programs resort for their
-  /// shortcuts; else the key in its place on an ANSI keyboard.
-  xcb_keycode_t copyKey(std::uint32_t group) const;
+  /// The key that copies, together with Control, while `activeGroup` is active: the one that types c there;
+  /// where none does, the one that types it in another layout, to which programs resort for their shortcuts.
+  /// With no Latin layout at all it is Insert, by which programs copy that know shortcuts by letters only;
+  /// and on a keyboard that lacks even that, C's place on an ANSI keyboard.
+  xcb_keycode_t copyKey(std::uint32_t activeGroup) const;
 
 private:
+  std::optional<xcb_keycode_t> keyTyping(KeySym wanted, std::uint32_t group) const;
+
   std::array<Key, 256> keys_{};
   KeySet modifierKeys_;
   KeySet lockKeys_;

@@ -82,12 +82,15 @@ TEST_F(X11KeyMapTest, AKeyWithFewerLayoutsThanTheKeyboardFollowsItsRule) {
   EXPECT_EQ(map().symbol(20, 0), 0U);
 }
 
-TEST_F(X11KeyMapTest, TheCopyKeyIsThatOfTheActiveLayoutElseOfAnotherElseTheOneInItsPlace) {
+TEST_F(X11KeyMapTest, TheCopyKeyIsThatOfTheActiveLayoutElseOfAnotherElseInsert) {
   EXPECT_EQ(map().copyKey(0), 54);
   EXPECT_EQ(map().copyKey(1), 10);
   keys_[10] = {};
   EXPECT_EQ(map().copyKey(1), 54);
   keys_[54] = {};
+  keys_[118] = {0, 1, {keySym::insert}};
+  EXPECT_EQ(map().copyKey(0), 118);
+  keys_[118] = {};
   EXPECT_EQ(map().copyKey(0), 54);
 }
 

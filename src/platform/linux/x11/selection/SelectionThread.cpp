@@ -159,7 +159,7 @@ private:
     auto names = connection_.names(types);
     Reading reading{.ownerChanged = job.ownerChanged};
     for (std::size_t index = 0; index < types.size(); ++index) {
-      const auto &value = job.batch->values[index];
+      auto &value = job.batch->values[index];
       auto &result = reading.values.emplace_back();
       if (value) {
         result = {std::move(names[index]), static_cast<std::uint8_t>(std::max(value->format / 8, 1)),
