@@ -78,6 +78,9 @@ Rect KeyablePanel::frame() {
 
 void KeyablePanel::setFrame(const Rect &frame) {
   setGeometry(toToolkit(frame));
+  // Together with the size: until the toolkit tells of the resize, clicks outside the old shape would go to
+  // what is below.
+  updateShape();
 }
 
 void KeyablePanel::orderFrontRegardless() {

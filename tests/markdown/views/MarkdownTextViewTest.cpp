@@ -1,0 +1,129 @@
+#include "markdown/views/MarkdownTextView.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QMouseEvent>
+#include <QUrl>
+
+namespace lumiwren {
+namespace {
+
+constexpr int width = 300;
+
+const char *const everyKind =
+    "# Title\nSome *text*.\n- one\n- two\n1. first\n\n```c\nint a;\nint b;\n```\n| a | b |\n|---|---|\n| 1 | "
+    "2 |";
+
+class MarkdownTextViewTest : public ::testing::Test {
+protected:
+  void show(const std::string &markdown) {
+    view.setMarkdown(markdown);
+    view.resize(width, view.layOut(width));
+  }
+  void mouse(QEvent::Type type, QPoint place) {
+    QMouseEvent event(type, QPointF(place), view.mapToGlobal(QPointF(place)), Qt::LeftButton,
+                      type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&view, &event);
+  }
+  void drag(QPoint from, QPoint to) {
+    mouse(QEvent::MouseButtonPress, from);
+    mouse(QEvent::MouseMove, to);
+    mouse(QEvent::MouseButtonRelease, to);
+  }
+
+  MarkdownTextView view;
+};
+
+TEST_F(MarkdownTextViewTest, ThePlainTextHasEveryBlockOnLinesOfItsOwn) {
+  show(everyKind);
+  EXPECT_EQ(view.plainText().toStdString(),
+            "Title\nSome text.\n\u2022 one\n\u2022 two\n1. first\nc\nint a;\nint b;\na\tb\n1\t2");
+}
+
+TEST_F(MarkdownTextViewTest, EveryPrefixOfAStreamLooksAsIfItWereTheWholeText) {
+  const std::string markdown = everyKind;
+  for (std::size_t length = 0; length <= markdown.size(); ++length) {
+    show(markdown.substr(0, length));
+    MarkdownTextView fresh;
+    fresh.setMarkdown(markdown.substr(0, length));
+    ASSERT_EQ(fresh.layOut(width), view.layOut(width)) << length;
+    ASSERT_EQ(fresh.plainText(), view.plainText()) << length;
+    fresh.resize(view.size());
+    if (length % 7 == 0) {
+      ASSERT_EQ(fresh.grab().toImage(), view.grab().toImage()) << length;
+    }
+  }
+}
+
+TEST_F(MarkdownTextViewTest, AShorterTextReplacesALongerOne) {
+  show(everyKind);
+  show("only this");
+  EXPECT_EQ(view.plainText(), QStringLiteral("only this"));
+  show("");
+  EXPECT_EQ(view.plainText(), QString());
+  EXPECT_EQ(view.layOut(width), 0);
+}
+
+TEST_F(MarkdownTextViewTest, TellsWhetherTheTextIsAnotherOne) {
+  EXPECT_TRUE(view.setMarkdown("a"));
+  EXPECT_FALSE(view.setMarkdown("a"));
+  EXPECT_TRUE(view.setMarkdown("b"));
+}
+
+TEST_F(MarkdownTextViewTest, ADragSelectsAcrossBlocksAndCopyTakesIt) {
+  show("first line\nsecond line");
+  drag({0, 2}, {width - 1, view.height() - 2});
+  EXPECT_EQ(view.selectedText(), QStringLiteral("first line\nsecond line"));
+  view.copy();
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("first line\nsecond line"));
+}
+
+TEST_F(MarkdownTextViewTest, ADoubleClickSelectsAWord) {
+  show("first second third");
+  const QPoint place = view.characterRect(8).center();
+  mouse(QEvent::MouseButtonDblClick, place);
+  mouse(QEvent::MouseButtonRelease, place);
+  EXPECT_EQ(view.selectedText(), QStringLiteral("second"));
+}
+
+TEST_F(MarkdownTextViewTest, TheSelectionStaysWhileTheTextGrowsBelowIt) {
+  show("first line\nsec");
+  view.setSelection(0, 5);
+  show("first line\nsecond line\n\n- item");
+  EXPECT_EQ(view.selectedText(), QStringLiteral("first"));
+}
+
+TEST_F(MarkdownTextViewTest, SelectAllTakesEverything) {
+  show(everyKind);
+  view.selectAll();
+  EXPECT_EQ(view.selectedText(), view.plainText());
+}
+
+class Opener : public QObject {
+  Q_OBJECT
+public:
+  Opener() { QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open"); }
+  ~Opener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("https")); }
+  Q_INVOKABLE void open(const QUrl &url) { opened.push_back(url); }
+  QList<QUrl> opened;
+};
+
+TEST_F(MarkdownTextViewTest, AClickOnALinkOpensItAndADragOverItDoesNot) {
+  Opener opener;
+  show("see [the page](https://example.org/x) for more");
+  const QPoint link = view.characterRect(6).center();
+  drag(link, link);
+  EXPECT_EQ(opener.opened, QList<QUrl>{QUrl(QStringLiteral("https://example.org/x"))});
+  drag(link, link + QPoint(60, 0));
+  const QPoint text = view.characterRect(1).center();
+  drag(text, text);
+  EXPECT_EQ(opener.opened.size(), 1);
+}
+
+}  // namespace
+}  // namespace lumiwren
+
+#include "MarkdownTextViewTest.moc"
