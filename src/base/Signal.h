@@ -10,8 +10,8 @@
 
 namespace lumiwren {
 
-/// Observers of something that changes. One thread. Observers may come and go while they are being told, and so
-/// may the signal.
+/// Observers of something that changes. One thread. Observers may come and go while they are being told, and
+/// so may the signal.
 template <typename... Args>
 class Signal {
 public:

@@ -1,5 +1,7 @@
 #include "base/MainQueue.h"
 
+#include "base/Task.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,8 +10,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "base/Task.h"
 
 namespace lumiwren {
 namespace {

@@ -1,6 +1,7 @@
 #include "base/Secret.h"
 
 #include <gtest/gtest.h>
+
 #include <malloc.h>
 
 #include <array>
