@@ -77,15 +77,15 @@ Rect KeyablePanel::frame() {
 }
 
 void KeyablePanel::setFrame(const Rect &frame) {
-  setGeometry(toToolkit(frame));
-  // Together with the size: until the toolkit tells of the resize, clicks outside the old shape would go to
-  // what is below.
-  updateShape();
+  const QRect geometry = toToolkit(frame);
+  // First: in a larger window of the old shape a click outside that shape goes to what is below.
+  updateShape(geometry.size());
+  setGeometry(geometry);
 }
 
 void KeyablePanel::orderFrontRegardless() {
   isTranslucent_ = panelWindows_.isTranslucencySupported();
-  updateShape();
+  updateShape(size());
   raise();
   show();
 }
@@ -106,18 +106,18 @@ void KeyablePanel::orderOut() {
 void KeyablePanel::resizeEvent(QResizeEvent *event) {
   contentView_->setGeometry(rect());
   resizeFrame_->setGeometry(rect());
-  updateShape();
+  updateShape(event->size());
   QWidget::resizeEvent(event);
 }
 
-void KeyablePanel::updateShape() {
+void KeyablePanel::updateShape(QSize size) {
   if (isTranslucent_) {
     clearMask();
     return;
   }
   // Without translucency the corners are cut off; what is drawn outside them would be black.
   QPainterPath path;
-  path.addRoundedRect(rect(), cornerRadius, cornerRadius);
+  path.addRoundedRect(QRect(QPoint(), size), cornerRadius, cornerRadius);
   setMask(QRegion(path.toFillPolygon().toPolygon()));
 }
 

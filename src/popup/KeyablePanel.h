@@ -51,7 +51,7 @@ protected:
   void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-  void updateShape();
+  void updateShape(QSize size);
 
   PanelWindows &panelWindows_;
   QWidget *contentView_;

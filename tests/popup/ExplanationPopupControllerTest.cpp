@@ -272,7 +272,10 @@ TEST(ExplanationPopupControllerEnd, WhatIsLeftBehindDoesNothing) {
   EXPECT_EQ(monitors.localMonitorCount(), 0U);
   exchange->respond(200).end();
   http.waitForRequests(1);
-  exchange->waitUntilClosed();
+  while (!exchange->isClosed()) {
+    queue.runPending();
+    std::this_thread::yield();
+  }
   queue.runPending();
   queue.close();
   EXPECT_TRUE(Task::endAll(10s));

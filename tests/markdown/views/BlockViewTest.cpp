@@ -113,9 +113,13 @@ TEST(TableGridView, LinesAreBetweenCellsAndNotBelowTheLastRow) {
     }
     return lines;
   };
-  EXPECT_EQ(countRows(Block("| a | b |\n|---|---|").drawn()), 1);
   EXPECT_EQ(countRows(Block("| a | b |\n|---|---|\n| 1 | 2 |").drawn()), 1);
   EXPECT_EQ(countRows(Block("| a | b |\n|---|---|\n| 1 | 2 |\n| 3 | 4 |").drawn()), 2);
+}
+
+TEST(TableGridView, AHeaderAloneHasItsLineToo) {
+  Block block("| a | b |\n|---|---|");
+  EXPECT_EQ(block->height(), 6 + block->fragments()[0]->height() + 6 + 1);
 }
 
 TEST(TableGridView, OneColumnHasNoVerticalLines) {
