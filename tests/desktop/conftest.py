@@ -11,20 +11,18 @@ from lab import Desktop, GtkEditor, Lumiwren, StandInService  # noqa: E402
 
 
 class Programs:
-    """Starts programs and, at the test's end, ends those that still run as the end of a session does."""
-
-    def __init__(self):
-        self.started = []
+    """Starts programs, and ends those that still run when their desktop does, as the end of a session would."""
 
     def start(self, desktop, service=None, **kwargs):
-        self.started.append(Lumiwren(desktop, service, **kwargs))
-        return self.started[-1]
+        program = Lumiwren(desktop, service, **kwargs)
+        desktop.before_end(self._finish, program)
+        return program
 
-    def finish(self):
-        for program in self.started:
-            if program.process.running():
-                assert program.terminate() == 0, program.process.output
-            assert program.sanitizer_report() is None
+    @staticmethod
+    def _finish(program):
+        if program.process.running():
+            assert program.terminate() == 0, program.process.output
+        assert program.sanitizer_report() is None
 
 
 @pytest.fixture(scope="module")
@@ -52,9 +50,7 @@ def service():
 
 @pytest.fixture
 def programs():
-    programs = Programs()
-    yield programs
-    programs.finish()
+    return Programs()
 
 
 @pytest.fixture

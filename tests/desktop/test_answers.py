@@ -151,10 +151,10 @@ def test_the_sentinel_does_not_end_the_answer_but_the_end_of_the_body_does(deskt
 
 
 def test_an_answer_is_never_taken_for_markup_of_another_kind(desktop, service, lumiwren, editor):
-    text = '<b>bold</b> <img src="file:///etc/passwd"> &amp;'
+    text = '<b>bold</b> <img src="file:///etc/passwd"> **bold**'
     service.answer = lambda exchange: exchange.answer(text)
     panel = ask(lumiwren)
-    wait_until(lambda: panel.answers() == [text], "the answer as it is", interval=0.02)
+    wait_until(lambda: panel.answers() == [text.replace("**", "")], "the answer as it is", interval=0.02)
 
 
 def test_the_next_request_uses_the_same_connection(desktop, service, lumiwren, editor):

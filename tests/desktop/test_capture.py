@@ -1,9 +1,10 @@
 """From a selection in an application to the request that carries it."""
 
+import json
 import time
 
 import pytest
-from lab import Chromium, Desktop, GtkEditor, QtEditor, VteTerminal, XTerm, wait_until
+from lab import Chromium, Desktop, GtkEditor, QtEditor, QtReader, VteTerminal, XTerm, wait_until
 
 TEXT = "Zaunkönig и 🐦 “quoted” \\ done"
 NOTHING_SELECTED = "No text selected. Please highlight some text and try again."
@@ -14,7 +15,7 @@ def prompt_with(text):
     return f"\n\nText: {text}"
 
 
-@pytest.mark.parametrize("application", [GtkEditor, QtEditor, Chromium])
+@pytest.mark.parametrize("application", [GtkEditor, QtReader, Chromium])
 def test_text_selected_in_an_application_is_explained(desktop, service, lumiwren, application):
     window = application(desktop, TEXT)
     window.select_all(TEXT)
@@ -23,6 +24,21 @@ def test_text_selected_in_an_application_is_explained(desktop, service, lumiwren
     lumiwren.panel.wait_for("Answer.")
     assert lumiwren.panel.answers() == ["Answer."]
     assert TEXT in lumiwren.panel.texts()
+
+
+def test_text_selected_where_letters_with_alt_are_typed_is_explained_by_a_hotkey_that_types_nothing(
+        desktop, service, programs):
+    control_option = 0xC0000
+    action = {"id": "A0B0C0D0-0000-4000-8000-000000000009", "name": "Mine", "prompt": "Mine: {text}",
+              "isDefault": False, "hotkey": {"keyCode": 14, "modifiers": control_option},
+              "inputType": "Text Selection"}
+    desktop.user_defaults().write_text(json.dumps({"customActions": json.dumps([action]),
+                                                   "hasInitializedDefaultActions": True}))
+    programs.start(desktop, service)
+    window = QtEditor(desktop, TEXT)
+    window.select_all(TEXT)
+    desktop.display.press("Control", "Alt", "e")
+    assert service.wait_for_requests(1).prompt == f"Mine: {TEXT}"
 
 
 @pytest.mark.parametrize("terminal", [XTerm, VteTerminal])
@@ -137,7 +153,7 @@ def layout(desktop):
     desktop.set_layout("-layout", "us", "-variant", "")
 
 
-@pytest.mark.parametrize("application", [GtkEditor, QtEditor])
+@pytest.mark.parametrize("application", [GtkEditor, QtReader])
 @pytest.mark.parametrize("arguments", [["-layout", "ru,us"], ["-layout", "us", "-variant", "dvorak"]],
                          ids=["cyrillic", "dvorak"])
 def test_hotkeys_and_the_copy_work_in_every_layout(desktop, service, lumiwren, layout, application, arguments):

@@ -55,7 +55,7 @@ def test_a_keyring_without_the_key(bare_desktop, selected, service, programs):
     press_and_be_told(start_in_time(programs, bare_desktop, service), service)
 
 
-@pytest.mark.parametrize("behaviour", ["silent", "ignored", "dismissed"])
+@pytest.mark.parametrize("behaviour", ["silent", "dismissed"])
 def test_a_keyring_that_does_not_give_the_key(bare_desktop, selected, service, programs, behaviour):
     bare_desktop.start_fake_keyring(behaviour)
     press_and_be_told(start_in_time(programs, bare_desktop, service), service)

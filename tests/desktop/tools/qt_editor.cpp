@@ -1,4 +1,4 @@
-// A plain text edit to select text in: qt_editor TITLE TEXT
+// A plain text edit to select text in: qt_editor TITLE TEXT [read-only]
 
 #include <QApplication>
 #include <QPlainTextEdit>
@@ -9,6 +9,9 @@ int main(int argc, char **argv) {
   QPlainTextEdit editor;
   editor.setWindowTitle(arguments.value(1));
   editor.setPlainText(arguments.value(2));
+  if (arguments.value(3) == QLatin1String("read-only")) {
+    editor.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  }
   editor.resize(420, 260);
   editor.show();
   return QApplication::exec();

@@ -1,7 +1,7 @@
 """A desktop in a box: what the tests, the demonstration and the measurements need to use the real program as a
 person does, on a machine without a screen."""
 
-from .applications import Chromium, GtkEditor, Mousepad, QtEditor, VteTerminal, XTerm
+from .applications import Chromium, GtkEditor, Mousepad, QtEditor, QtReader, VteTerminal, XTerm
 from .desktop import API_KEY, WINDOW_MANAGERS, Desktop, LeftBehind
 from .display import Frame
 from .process import Process, leftovers
@@ -10,5 +10,5 @@ from .service import DONE, Exchange, StandInService, sse
 from .waiting import stays_false, wait_until
 
 __all__ = ["API_KEY", "DONE", "WINDOW_MANAGERS", "Chromium", "Desktop", "Exchange", "Frame", "GtkEditor",
-           "LeftBehind", "Lumiwren", "Mousepad", "Panel", "Process", "QtEditor", "StandInService", "VteTerminal",
-           "XTerm", "leftovers", "sse", "stays_false", "wait_until"]
+           "LeftBehind", "Lumiwren", "Mousepad", "Panel", "Process", "QtEditor", "QtReader", "StandInService",
+           "VteTerminal", "XTerm", "leftovers", "sse", "stays_false", "wait_until"]

@@ -62,10 +62,20 @@ class GtkEditor(Application):
 
 
 class QtEditor(Application):
-    """A plain text edit of the toolkit that the program itself uses; built with the tests."""
+    """A plain text edit of the toolkit that the program itself uses; built with the tests.
 
-    def __init__(self, desktop, text, title="Qt editor"):
-        super().__init__(desktop, [os.environ["LUMIWREN_QT_EDITOR"], title, text], title)
+    It types a letter also while Alt is down, over what is selected.
+    """
+
+    def __init__(self, desktop, text, *flags, title="Qt editor"):
+        super().__init__(desktop, [os.environ["LUMIWREN_QT_EDITOR"], title, text, *flags], title)
+
+
+class QtReader(QtEditor):
+    """The same for text to read and not to write."""
+
+    def __init__(self, desktop, text):
+        super().__init__(desktop, text, "read-only", title="Qt reader")
 
 
 class Mousepad(Application):

@@ -191,6 +191,10 @@ class Desktop(contextlib.ExitStack):
         return self._own(Process(argv, env, self._log(name), stdin=stdin, stdout=stdout, cwd=cwd,
                                  mark=mark or self.mark))
 
+    def before_end(self, callback, *arguments):
+        """Has something done at the end of the desktop, or of its open scope, while all it has started still runs."""
+        self._scope.callback(callback, *arguments)
+
     def helper(self, name, *arguments, **environment):
         """Starts one of the helper programs that are written in Python."""
         return self.launch([sys.executable, str(HELPERS / f"{name}.py"), *map(str, arguments)], **environment)

@@ -60,6 +60,7 @@ class Panel:
         try:
             node = self.node if self.shown else None
             return [] if node is None else [part.text for part in node.walk() if part.name == name
+                                            and "visible" in part.states
                                             and "org.a11y.atspi.Text" in part.interfaces]
         except Gone:
             return []
