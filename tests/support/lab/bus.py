@@ -63,7 +63,8 @@ class Connection:
         return wait_until(lambda: self.owner(name), f"{name} on the bus", timeout)
 
     def close(self):
-        self.bus.close_sync(None)
+        if not self.bus.is_closed():
+            self.bus.close_sync(None)
 
 
 class Bus:

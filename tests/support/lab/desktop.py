@@ -207,6 +207,10 @@ class Desktop(contextlib.ExitStack):
         self.bus.wait_for_name(tray.WATCHER)
         return self.tray_host
 
+    def start_second_display(self):
+        """Another X server, with nothing on it."""
+        return self._own(XServer(self.size, self.env, self._log("xvfb"), mark=self.mark))
+
     def start_panel(self):
         """A taskbar with a tray for both kinds of status items, along the lower edge."""
         folder = pathlib.Path(self.env["XDG_CONFIG_HOME"], "xfce4/xfconf/xfce-perchannel-xml")

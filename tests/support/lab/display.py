@@ -135,18 +135,19 @@ class Display:
         """The viewable windows with that title, wherever the window manager has put them, lowest first."""
         found = []
 
-        def walk(window, depth):
+        def look_at(window, depth):
             try:
-                for child in window.query_tree().children:
-                    if child.get_attributes().map_state == X.IsViewable:
-                        if self.title(child) == title:
-                            found.append(child)
-                        elif depth:
-                            walk(child, depth - 1)
+                if window.get_attributes().map_state != X.IsViewable:
+                    return
+                if self.title(window) == title:
+                    found.append(window)
+                elif depth:
+                    for child in window.query_tree().children:
+                        look_at(child, depth - 1)
             except Xlib.error.XError:
-                pass  # gone meanwhile
+                pass  # This one is gone meanwhile; the others are not.
 
-        walk(self.root, 3)
+        look_at(self.root, 4)
         return found
 
     def window(self, title):
