@@ -1,11 +1,11 @@
 #pragma once
 
+#include "support/HTTPTestServer.h"
+
 #include <sys/types.h>
 
 #include <functional>
 #include <string>
-
-#include "support/HTTPTestServer.h"
 
 namespace lumiwren::bench {
 

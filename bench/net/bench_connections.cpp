@@ -1,5 +1,12 @@
 // What opening a connection costs, against curl as Debian ships it, and how fast a cancelled one is closed.
 
+#include "base/Task.h"
+#include "net/Row.h"
+#include "net/ServerProcess.h"
+#include "platform/http/NameLookup.h"
+#include "platform/linux/CurlHTTPClient.h"
+#include "support/TestCertificate.h"
+
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,13 +22,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "base/Task.h"
-#include "net/Row.h"
-#include "net/ServerProcess.h"
-#include "platform/http/NameLookup.h"
-#include "platform/linux/CurlHTTPClient.h"
-#include "support/TestCertificate.h"
 
 namespace lumiwren::bench {
 namespace {

@@ -1,12 +1,5 @@
 // What a streamed answer costs on its way from the socket to the main thread, against QNetworkAccessManager.
 
-#include <benchmark/benchmark.h>
-
-#include <nlohmann/json.hpp>
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "ai/KeychainManager.h"
 #include "ai/LineSplitter.h"
 #include "ai/OpenAIAPIService.h"
@@ -19,10 +12,17 @@
 #include "platform/testing/FakeSecretStore.h"
 #include "ui/MainQueueLoop.h"
 
+#include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
+
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace lumiwren::bench {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <optional>
-#include <string_view>
-
 #include "base/Secret.h"
 #include "platform/SecretStore.h"
+
+#include <optional>
+#include <string_view>
 
 namespace lumiwren {
 

@@ -1,12 +1,12 @@
 #include "ai/OpenAIAPIService.h"
 
-#include <string_view>
-#include <utility>
-#include <vector>
-
 #include "ai/LineSplitter.h"
 #include "ai/LumiwrenError.h"
 #include "ai/OpenAIStreamResponse.h"
+
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace lumiwren {
 

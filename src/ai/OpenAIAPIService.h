@@ -1,16 +1,16 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <stop_token>
-#include <string>
-
 #include "ai/KeychainManager.h"
 #include "ai/OpenAIEndpoint.h"
 #include "ai/OpenAIRequest.h"
 #include "base/MainQueue.h"
 #include "base/Secret.h"
 #include "platform/HTTPClient.h"
+
+#include <cstdint>
+#include <functional>
+#include <stop_token>
+#include <string>
 
 namespace lumiwren {
 

@@ -1,5 +1,7 @@
 #include "ai/OpenAIEndpoint.h"
 
+#include "base/Unicode.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
@@ -8,8 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
-
-#include "base/Unicode.h"
 
 namespace lumiwren {
 

@@ -1,8 +1,9 @@
 #include "ai/OpenAIStreamResponse.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 namespace lumiwren {

@@ -1,11 +1,11 @@
 #include "app/ActionDispatch.h"
 
+#include "ai/LumiwrenError.h"
+#include "input/ClipboardManager.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
-
-#include "ai/LumiwrenError.h"
-#include "input/ClipboardManager.h"
 
 namespace lumiwren {
 namespace {

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-#include <string>
-
 #include "actions/CustomActionManager.h"
 #include "ai/KeychainManager.h"
 #include "ai/OpenAIAPIService.h"
@@ -13,6 +9,10 @@
 #include "input/HotkeyManager.h"
 #include "platform/Platform.h"
 #include "popup/ExplanationPopupController.h"
+
+#include <functional>
+#include <optional>
+#include <string>
 
 namespace lumiwren {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-
 #include "app/ActionDispatch.h"
 #include "app/StatusItem.h"
+
+#include <functional>
+#include <optional>
 
 namespace lumiwren {
 

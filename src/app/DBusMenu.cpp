@@ -4,6 +4,7 @@
 #include <QDBusError>
 #include <QDBusMetaType>
 #include <QGuiApplication>
+
 #include <algorithm>
 #include <utility>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/MenuEntry.h"
+
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusVariant>
@@ -7,9 +9,8 @@
 #include <QObject>
 #include <QStringList>
 #include <QVariant>
-#include <vector>
 
-#include "app/MenuEntry.h"
+#include <vector>
 
 class QDBusArgument;
 

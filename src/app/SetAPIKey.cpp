@@ -1,5 +1,11 @@
 #include "app/SetAPIKey.h"
 
+#include "ai/KeychainManager.h"
+#include "base/Handle.h"
+#include "base/Secret.h"
+#include "base/Unicode.h"
+#include "platform/linux/session/LinuxPlatform.h"
+
 #include <termios.h>
 #include <unistd.h>
 
@@ -9,12 +15,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-
-#include "ai/KeychainManager.h"
-#include "base/Handle.h"
-#include "base/Secret.h"
-#include "base/Unicode.h"
-#include "platform/linux/session/LinuxPlatform.h"
 
 namespace lumiwren {
 namespace {

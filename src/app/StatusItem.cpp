@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QScreen>
+
 #include <utility>
 
 namespace lumiwren {

@@ -1,16 +1,17 @@
 #pragma once
 
+#include "app/DBusMenu.h"
+#include "app/MenuEntry.h"
+#include "app/StatusNotifierItem.h"
+
 #include <QDBusConnection>
 #include <QMenu>
 #include <QPoint>
 #include <QSystemTrayIcon>
+
 #include <functional>
 #include <optional>
 #include <vector>
-
-#include "app/DBusMenu.h"
-#include "app/MenuEntry.h"
-#include "app/StatusNotifierItem.h"
 
 namespace lumiwren {
 

@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QSvgRenderer>
 #include <QtEndian>
+
 #include <utility>
 
 namespace lumiwren {

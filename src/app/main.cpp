@@ -1,18 +1,19 @@
+#include "app/AppDelegate.h"
+#include "app/SetAPIKey.h"
+#include "app/TerminationSignals.h"
+#include "platform/linux/session/LinuxPlatform.h"
+#include "ui/MainQueueLoop.h"
+
 #include <QApplication>
 #include <QLoggingCategory>
 #include <QSocketNotifier>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <memory>
 #include <string_view>
-
-#include "app/AppDelegate.h"
-#include "app/SetAPIKey.h"
-#include "app/TerminationSignals.h"
-#include "platform/linux/session/LinuxPlatform.h"
-#include "ui/MainQueueLoop.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "base/MainQueue.h"
 
+#include "base/Task.h"
+
 #include <memory>
 #include <utility>
-
-#include "base/Task.h"
 
 namespace lumiwren {
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "base/Handle.h"
+
 #include <algorithm>
 #include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
-
-#include "base/Handle.h"
 
 namespace lumiwren {
 

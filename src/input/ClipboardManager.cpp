@@ -1,10 +1,10 @@
 #include "input/ClipboardManager.h"
 
-#include <exception>
-#include <utility>
-
 #include "ai/LumiwrenError.h"
 #include "base/Task.h"
+
+#include <exception>
+#include <utility>
 
 namespace lumiwren {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <chrono>
-#include <stop_token>
-#include <string>
-
 #include "platform/AccessibilityTrust.h"
 #include "platform/Pasteboard.h"
 #include "platform/SelectionCopy.h"
+
+#include <chrono>
+#include <stop_token>
+#include <string>
 
 namespace lumiwren {
 

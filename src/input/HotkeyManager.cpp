@@ -1,8 +1,8 @@
 #include "input/HotkeyManager.h"
 
-#include <algorithm>
-
 #include "platform/KeyCodes.h"
+
+#include <algorithm>
 
 namespace lumiwren {
 namespace {

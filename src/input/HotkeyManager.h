@@ -1,13 +1,13 @@
 #pragma once
 
-#include <functional>
-
 #include "actions/CustomActionManager.h"
 #include "base/Handle.h"
 #include "base/MainQueue.h"
 #include "base/UUID.h"
 #include "base/Weak.h"
 #include "platform/EventMonitors.h"
+
+#include <functional>
 
 namespace lumiwren {
 

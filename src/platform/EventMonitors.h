@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Handle.h"
+
 #include <cstdint>
 #include <functional>
-
-#include "base/Handle.h"
 
 namespace lumiwren {
 

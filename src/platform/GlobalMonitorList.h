@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
-#include <utility>
-
 #include "base/Handle.h"
 #include "base/Signal.h"
 #include "platform/EventMonitors.h"
+
+#include <cstdint>
+#include <utility>
 
 namespace lumiwren {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Secret.h"
+
 #include <chrono>
 #include <memory>
 #include <stdexcept>
@@ -7,8 +9,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "base/Secret.h"
 
 namespace lumiwren {
 

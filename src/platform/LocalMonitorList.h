@@ -1,14 +1,14 @@
 #pragma once
 
+#include "base/Handle.h"
+#include "platform/EventMonitors.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
-
-#include "base/Handle.h"
-#include "platform/EventMonitors.h"
 
 namespace lumiwren {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "platform/Geometry.h"
+
+#include <cstdint>
 
 namespace lumiwren {
 

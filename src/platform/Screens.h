@@ -1,8 +1,8 @@
 #pragma once
 
-#include <optional>
-
 #include "platform/Geometry.h"
+
+#include <optional>
 
 namespace lumiwren {
 

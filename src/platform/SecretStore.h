@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Secret.h"
+
 #include <optional>
 #include <string_view>
-
-#include "base/Secret.h"
 
 namespace lumiwren {
 

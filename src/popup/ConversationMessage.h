@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "base/UUID.h"
+
+#include <string>
 
 namespace lumiwren {
 

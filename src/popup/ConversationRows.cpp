@@ -1,14 +1,15 @@
 #include "popup/ConversationRows.h"
 
-#include <QEvent>
-#include <QHBoxLayout>
-#include <QPainter>
-#include <algorithm>
-
 #include "ui/Fonts.h"
 #include "ui/Palette.h"
 #include "ui/ProgressIndicator.h"
 #include "ui/Symbols.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QPainter>
+
+#include <algorithm>
 
 namespace lumiwren {
 namespace {

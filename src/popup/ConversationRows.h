@@ -1,10 +1,10 @@
 #pragma once
 
+#include "markdown/views/PlainTextView.h"
+
 #include <QLabel>
 #include <QString>
 #include <QWidget>
-
-#include "markdown/views/PlainTextView.h"
 
 namespace lumiwren {
 

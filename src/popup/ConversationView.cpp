@@ -1,12 +1,13 @@
 #include "popup/ConversationView.h"
 
-#include <QEvent>
-#include <QScrollBar>
-#include <algorithm>
-#include <chrono>
-
 #include "markdown/views/MarkdownTextView.h"
 #include "ui/ThinScrollBar.h"
+
+#include <QEvent>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <chrono>
 
 namespace lumiwren {
 namespace {

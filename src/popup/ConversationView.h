@@ -1,16 +1,17 @@
 #pragma once
 
-#include <QScrollArea>
-#include <QVariantAnimation>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "base/MainQueue.h"
 #include "base/UUID.h"
 #include "base/Weak.h"
 #include "popup/ConversationRows.h"
 #include "popup/PopupState.h"
+
+#include <QScrollArea>
+#include <QVariantAnimation>
+
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace lumiwren {
 

@@ -1,16 +1,16 @@
 #include "popup/ExplanationPopupController.h"
 
-#include <exception>
-#include <stop_token>
-#include <utility>
-#include <vector>
-
 #include "ai/LumiwrenError.h"
 #include "ai/OpenAIRequest.h"
 #include "base/Task.h"
 #include "platform/KeyCodes.h"
 #include "popup/ExplanationPopupView.h"
 #include "popup/KeyablePanel.h"
+
+#include <exception>
+#include <stop_token>
+#include <utility>
+#include <vector>
 
 namespace lumiwren {
 namespace {

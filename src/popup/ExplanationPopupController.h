@@ -1,10 +1,5 @@
 #pragma once
 
-#include <cstddef>
-#include <memory>
-#include <optional>
-#include <string>
-
 #include "ai/KeychainManager.h"
 #include "ai/OpenAIAPIService.h"
 #include "base/Handle.h"
@@ -16,6 +11,11 @@
 #include "platform/Pasteboard.h"
 #include "platform/Screens.h"
 #include "popup/PopupState.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
 
 namespace lumiwren {
 

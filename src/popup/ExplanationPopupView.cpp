@@ -1,15 +1,5 @@
 #include "popup/ExplanationPopupView.h"
 
-#include <QHBoxLayout>
-#include <QPainter>
-#include <QPainterPath>
-#include <QScreen>
-#include <QTextBoundaryFinder>
-#include <QVBoxLayout>
-#include <algorithm>
-#include <chrono>
-#include <utility>
-
 #include "base/Unicode.h"
 #include "popup/ActivatingTextField.h"
 #include "popup/ConversationView.h"
@@ -19,6 +9,17 @@
 #include "ui/BorderedButton.h"
 #include "ui/Palette.h"
 #include "ui/SymbolButton.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QPainterPath>
+#include <QScreen>
+#include <QTextBoundaryFinder>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace lumiwren {
 namespace {

@@ -1,18 +1,19 @@
 #pragma once
 
-#include <QElapsedTimer>
-#include <QString>
-#include <QTimer>
-#include <QWidget>
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "base/Handle.h"
 #include "base/MainQueue.h"
 #include "base/Weak.h"
 #include "platform/Pasteboard.h"
 #include "popup/PopupState.h"
+
+#include <QElapsedTimer>
+#include <QString>
+#include <QTimer>
+#include <QWidget>
+
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace lumiwren {
 

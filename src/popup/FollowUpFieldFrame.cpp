@@ -1,11 +1,11 @@
 #include "popup/FollowUpFieldFrame.h"
 
+#include "popup/ActivatingTextField.h"
+#include "ui/Palette.h"
+
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QPainter>
-
-#include "popup/ActivatingTextField.h"
-#include "ui/Palette.h"
 
 namespace lumiwren {
 namespace {

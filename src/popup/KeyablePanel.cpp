@@ -1,14 +1,15 @@
 #include "popup/KeyablePanel.h"
 
+#include "popup/ResizeFrame.h"
+
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainterPath>
 #include <QRegion>
 #include <QScreen>
 #include <QWindow>
-#include <cmath>
 
-#include "popup/ResizeFrame.h"
+#include <cmath>
 
 namespace lumiwren {
 namespace {

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <QPoint>
-#include <QWidget>
-#include <memory>
-#include <optional>
-
 #include "platform/Geometry.h"
 #include "platform/PanelWindows.h"
+
+#include <QPoint>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
 
 namespace lumiwren {
 

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "base/Handle.h"
+#include "base/Signal.h"
+#include "popup/ConversationMessage.h"
+
 #include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "base/Handle.h"
-#include "base/Signal.h"
-#include "popup/ConversationMessage.h"
 
 namespace lumiwren {
 

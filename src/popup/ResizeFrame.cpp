@@ -2,6 +2,7 @@
 
 #include <QMouseEvent>
 #include <QRegion>
+
 #include <algorithm>
 
 namespace lumiwren {

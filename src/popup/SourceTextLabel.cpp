@@ -1,12 +1,13 @@
 #include "popup/SourceTextLabel.h"
 
+#include "ui/Fonts.h"
+#include "ui/Palette.h"
+
 #include <QPainter>
 #include <QTextLayout>
 #include <QTextOption>
-#include <algorithm>
 
-#include "ui/Fonts.h"
-#include "ui/Palette.h"
+#include <algorithm>
 
 namespace lumiwren {
 namespace {
@@ -34,7 +35,7 @@ QString displayed(QString text) {
 SourceTextLabel::SourceTextLabel(QWidget *parent) : QLabel(parent) {
   setTextFormat(Qt::PlainText);
   setFont(systemFont(12, QFont::Medium));
-  QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   policy.setHeightForWidth(true);
   setSizePolicy(policy);
 }
@@ -58,6 +59,9 @@ void SourceTextLabel::paintEvent(QPaintEvent * /*event*/) {
   painter.setPen(SemanticColors(palette()).secondary);
   QTextLayout layout(displayed(text()), font());
   layOut(layout, width());
+  const int lineHeight = fontMetrics().lineSpacing();
+  const int lineCount = std::clamp(layout.lineCount(), 1, maximumLines);
+  const int top = (height() - lineCount * lineHeight) / 2;
   for (int index = 0; index < std::min(layout.lineCount(), maximumLines); ++index) {
     const auto line = layout.lineAt(index);
     QString shown = layout.text().mid(line.textStart(), line.textLength());
@@ -66,7 +70,7 @@ void SourceTextLabel::paintEvent(QPaintEvent * /*event*/) {
           layout.text().mid(line.textStart()).replace(QChar::LineSeparator, QLatin1Char(' '));
       shown = fontMetrics().elidedText(rest, Qt::ElideRight, width());
     }
-    painter.drawText(QRect(0, index * fontMetrics().lineSpacing(), width(), fontMetrics().lineSpacing()),
+    painter.drawText(QRect(0, top + index * lineHeight, width(), lineHeight),
                      Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
   }
 }

@@ -1,10 +1,10 @@
 #include "ui/BorderedButton.h"
 
-#include <QPainter>
-
 #include "ui/Fonts.h"
 #include "ui/Palette.h"
 #include "ui/Symbols.h"
+
+#include <QPainter>
 
 namespace lumiwren {
 namespace {

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+
 #include <algorithm>
 #include <chrono>
 

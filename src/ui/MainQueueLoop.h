@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/MainQueue.h"
+
 #include <QObject>
 #include <QTimer>
-
-#include "base/MainQueue.h"
 
 namespace lumiwren {
 

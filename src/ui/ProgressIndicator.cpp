@@ -1,9 +1,10 @@
 #include "ui/ProgressIndicator.h"
 
-#include <QPainter>
-#include <chrono>
-
 #include "ui/Palette.h"
+
+#include <QPainter>
+
+#include <chrono>
 
 namespace lumiwren {
 namespace {

@@ -1,9 +1,10 @@
 #include "ui/SymbolButton.h"
 
-#include <QPainter>
-#include <utility>
-
 #include "ui/Symbols.h"
+
+#include <QPainter>
+
+#include <utility>
 
 namespace lumiwren {
 

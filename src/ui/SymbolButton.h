@@ -1,10 +1,11 @@
 #pragma once
 
+#include "ui/Palette.h"
+
 #include <QPushButton>
 #include <QString>
-#include <functional>
 
-#include "ui/Palette.h"
+#include <functional>
 
 namespace lumiwren {
 

@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QPixmapCache>
 #include <QSvgRenderer>
+
 #include <cmath>
 
 // A resource in a static library is linked in by naming it; the macro works outside namespaces only.

@@ -1,10 +1,10 @@
 #include "ui/ThinScrollBar.h"
 
+#include "ui/Palette.h"
+
 #include <QPainter>
 #include <QStyle>
 #include <QStyleOptionSlider>
-
-#include "ui/Palette.h"
 
 namespace lumiwren {
 namespace {

@@ -1,20 +1,20 @@
 #include "ai/OpenAIAPIService.h"
 
+#include "ai/LumiwrenError.h"
+#include "base/Task.h"
+#include "platform/testing/FakeHTTPClient.h"
+#include "platform/testing/FakeSecretStore.h"
+
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <condition_variable>
 #include <functional>
 #include <future>
 #include <mutex>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <thread>
 #include <vector>
-
-#include "ai/LumiwrenError.h"
-#include "base/Task.h"
-#include "platform/testing/FakeHTTPClient.h"
-#include "platform/testing/FakeSecretStore.h"
 
 namespace lumiwren {
 namespace {

@@ -1,7 +1,6 @@
 #include "ai/OpenAIRequest.h"
 
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
 namespace lumiwren {

@@ -1,8 +1,12 @@
 #include "app/ActionDispatch.h"
 
+#include "ai/LumiwrenError.h"
+#include "app/TestApplication.h"
+#include "platform/KeyCodes.h"
+#include "platform/testing/FakePlatform.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
 #include <chrono>
@@ -12,11 +16,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "ai/LumiwrenError.h"
-#include "app/TestApplication.h"
-#include "platform/KeyCodes.h"
-#include "platform/testing/FakePlatform.h"
 
 namespace lumiwren {
 namespace {

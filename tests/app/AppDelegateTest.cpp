@@ -1,15 +1,16 @@
 #include "app/AppDelegate.h"
 
+#include "app/TestApplication.h"
+#include "platform/testing/FakePlatform.h"
+
 #include <gtest/gtest.h>
 
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
+
 #include <chrono>
 #include <optional>
-
-#include "app/TestApplication.h"
-#include "platform/testing/FakePlatform.h"
 
 namespace lumiwren {
 namespace {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Process.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -8,9 +10,8 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <QVariant>
-#include <functional>
 
-#include "support/Process.h"
+#include <functional>
 
 namespace lumiwren::testing {
 

@@ -1,16 +1,17 @@
 #pragma once
 
+#include "support/Process.h"
+
 #include <QDBusConnection>
 #include <QFile>
 #include <QString>
 #include <QTemporaryDir>
+
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "support/Process.h"
 
 namespace lumiwren::testing {
 

@@ -1,12 +1,13 @@
 // A program that is nothing but its status item. It prints "quit" when that is chosen, then ends. With the
 // argument "activation" it prints "activated X Y" where otherwise the menu would be shown.
 
+#include "app/StatusItem.h"
+
 #include <QApplication>
+
 #include <cstdio>
 #include <functional>
 #include <string_view>
-
-#include "app/StatusItem.h"
 
 int main(int argc, char **argv) {
   QApplication application(argc, argv);

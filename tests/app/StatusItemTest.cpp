@@ -1,5 +1,11 @@
 #include "app/StatusItem.h"
 
+#include "app/Eventually.h"
+#include "app/SessionBus.h"
+#include "app/WatcherFake.h"
+#include "app/XEmbedTray.h"
+#include "support/XServer.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,18 +15,13 @@
 #include <QGuiApplication>
 #include <QTemporaryDir>
 #include <QTimer>
+
 #include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "app/Eventually.h"
-#include "app/SessionBus.h"
-#include "app/WatcherFake.h"
-#include "app/XEmbedTray.h"
-#include "support/XServer.h"
 
 namespace lumiwren {
 namespace {

@@ -1,15 +1,16 @@
 #include "app/StatusNotifierItem.h"
 
+#include "app/Eventually.h"
+#include "app/SessionBus.h"
+#include "app/WatcherFake.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QDBusArgument>
+
 #include <optional>
 #include <vector>
-
-#include "app/Eventually.h"
-#include "app/SessionBus.h"
-#include "app/WatcherFake.h"
 
 namespace lumiwren {
 namespace {

@@ -1,6 +1,7 @@
 #include "app/XEmbedTray.h"
 
 #include <QObject>
+
 #include <cstdlib>
 #include <memory>
 

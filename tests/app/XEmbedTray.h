@@ -1,11 +1,12 @@
 #pragma once
 
+#include "app/XScreen.h"
+
 #include <QPoint>
 #include <QSocketNotifier>
+
 #include <set>
 #include <string>
-
-#include "app/XScreen.h"
 
 namespace lumiwren::testing {
 

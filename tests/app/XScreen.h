@@ -5,6 +5,7 @@
 #include <QPoint>
 #include <QRgb>
 #include <QString>
+
 #include <memory>
 #include <string>
 #include <vector>

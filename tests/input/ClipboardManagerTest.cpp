@@ -1,16 +1,16 @@
 #include "input/ClipboardManager.h"
 
-#include <gtest/gtest.h>
-
-#include <future>
-#include <stop_token>
-#include <string>
-
 #include "ai/LumiwrenError.h"
 #include "base/Task.h"
 #include "platform/testing/FakeAccessibilityTrust.h"
 #include "platform/testing/FakePasteboard.h"
 #include "platform/testing/FakeSelectionCopy.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <stop_token>
+#include <string>
 
 namespace lumiwren {
 namespace {

@@ -1,15 +1,15 @@
 #include "input/HotkeyManager.h"
 
+#include "platform/KeyCodes.h"
+#include "platform/testing/FakeEventMonitors.h"
+#include "platform/testing/FakeUserDefaults.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "platform/KeyCodes.h"
-#include "platform/testing/FakeEventMonitors.h"
-#include "platform/testing/FakeUserDefaults.h"
 
 namespace lumiwren {
 namespace {

@@ -1,9 +1,9 @@
 #include "popup/ExplanationPopupController.h"
 
-#include <QWindow>
-
 #include "platform/KeyCodes.h"
 #include "popup/PopupTesting.h"
+
+#include <QWindow>
 
 namespace lumiwren {
 namespace {

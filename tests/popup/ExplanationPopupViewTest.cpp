@@ -1,17 +1,19 @@
 #include "popup/ExplanationPopupView.h"
 
+#include "markdown/views/MarkdownTextView.h"
+#include "markdown/views/PlainTextView.h"
+#include "popup/ConversationRows.h"
+#include "popup/PopupTesting.h"
+#include "popup/SourceTextLabel.h"
+
 #include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QWindow>
-#include <algorithm>
 
-#include "markdown/views/MarkdownTextView.h"
-#include "markdown/views/PlainTextView.h"
-#include "popup/ConversationRows.h"
-#include "popup/PopupTesting.h"
+#include <algorithm>
 
 namespace lumiwren {
 namespace {
@@ -122,6 +124,32 @@ TEST_F(ExplanationPopupViewTest, TheSourceTextIsPlainText) {
     EXPECT_EQ(label->textFormat(), Qt::PlainText);
   }
   EXPECT_EQ(labels[0]->text(), QStringLiteral("<b>bold</b>"));
+}
+
+TEST_F(ExplanationPopupViewTest, TheSourceTextHasTwoLinesAtMost) {
+  const auto linesDrawn = [&](const std::string &text) {
+    show(text);
+    controller.hostingView()->refresh();
+    auto *const label = controller.panel()->findChild<SourceTextLabel *>();
+    QImage image(label->size(), QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    label->render(&image, {}, {}, QWidget::DrawChildren);
+    int lines = 0;
+    bool isInk = false;
+    for (int y = 0; y < image.height(); ++y) {
+      bool hasInk = false;
+      for (int x = 0; x < image.width(); ++x) {
+        hasInk |= image.pixelColor(x, y).alpha() > 0;
+      }
+      lines += hasInk && !isInk ? 1 : 0;
+      isInk = hasInk;
+    }
+    return lines;
+  };
+  EXPECT_EQ(linesDrawn("xxx"), 1);
+  EXPECT_EQ(linesDrawn(repeated("xxxxxxxxx ", 9)), 2);
+  EXPECT_EQ(linesDrawn(repeated("WWWWWWWWW ", 9)), 2);
+  EXPECT_EQ(linesDrawn("x\nx\nx"), 2);
 }
 
 TEST_F(ExplanationPopupViewTest, ReturnInAnEmptyFieldSendsNothing) {

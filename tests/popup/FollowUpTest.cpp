@@ -1,8 +1,8 @@
-#include <gmock/gmock.h>
-
 #include "ai/LumiwrenError.h"
 #include "ai/OpenAIRequest.h"
 #include "popup/PopupTesting.h"
+
+#include <gmock/gmock.h>
 
 namespace lumiwren {
 namespace {

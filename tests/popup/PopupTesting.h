@@ -1,16 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <QLineEdit>
-#include <QPushButton>
-#include <QWidget>
-#include <chrono>
-#include <functional>
-#include <stdexcept>
-#include <string>
-#include <thread>
-
 #include "ai/KeychainManager.h"
 #include "ai/OpenAIAPIService.h"
 #include "base/MainQueue.h"
@@ -24,6 +13,18 @@
 #include "popup/ExplanationPopupController.h"
 #include "popup/ExplanationPopupView.h"
 #include "popup/KeyablePanel.h"
+
+#include <gtest/gtest.h>
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QWidget>
+
+#include <chrono>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
 
 namespace lumiwren::testing {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "support/Process.h"
+
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "support/Process.h"
 
 namespace lumiwren::testing {
 

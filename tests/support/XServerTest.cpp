@@ -1,6 +1,7 @@
 #include "support/XServer.h"
 
 #include <gtest/gtest.h>
+
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>

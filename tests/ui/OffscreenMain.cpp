@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <QApplication>
+
+#include <stdlib.h>
 
 /// The main program of tests that draw windows which nobody sees.
 int main(int argc, char **argv) {

@@ -1,14 +1,14 @@
 #include "markdown/views/BlockView.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <variant>
-
 #include "markdown/views/CodeBlockView.h"
 #include "markdown/views/ListView.h"
 #include "markdown/views/TableGridView.h"
 #include "markdown/views/TextBlockView.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <variant>
 
 namespace lumiwren {
 namespace {

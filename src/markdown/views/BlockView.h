@@ -1,13 +1,14 @@
 #pragma once
 
-#include <QPointF>
-#include <QString>
-#include <memory>
-#include <vector>
-
 #include "markdown/MarkdownBlock.h"
 #include "markdown/views/TextFragment.h"
 #include "ui/Palette.h"
+
+#include <QPointF>
+#include <QString>
+
+#include <memory>
+#include <vector>
 
 namespace lumiwren {
 

@@ -1,11 +1,11 @@
 #include "markdown/views/CodeBlockView.h"
 
+#include "ui/Fonts.h"
+
 #include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <variant>
-
-#include "ui/Fonts.h"
 
 namespace lumiwren {
 namespace {

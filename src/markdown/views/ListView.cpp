@@ -1,10 +1,10 @@
 #include "markdown/views/ListView.h"
 
+#include "ui/Fonts.h"
+
 #include <algorithm>
 #include <cmath>
 #include <variant>
-
-#include "ui/Fonts.h"
 
 namespace lumiwren {
 namespace {

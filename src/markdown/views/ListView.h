@@ -1,9 +1,9 @@
 #pragma once
 
+#include "markdown/views/BlockView.h"
+
 #include <string_view>
 #include <vector>
-
-#include "markdown/views/BlockView.h"
 
 namespace lumiwren {
 

@@ -1,6 +1,7 @@
 #include "markdown/views/MarkdownTextView.h"
 
 #include <QEvent>
+
 #include <algorithm>
 #include <utility>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "markdown/MarkdownDocument.h"
 #include "markdown/views/SelectableTextView.h"
+
+#include <string>
 
 namespace lumiwren {
 

@@ -1,12 +1,13 @@
 #include "markdown/views/PlainTextView.h"
 
+#include "markdown/views/TextBlockView.h"
+#include "ui/Fonts.h"
+
 #include <QFontMetricsF>
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
-
-#include "markdown/views/TextBlockView.h"
-#include "ui/Fonts.h"
 
 namespace lumiwren {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
-
 #include "markdown/views/SelectableTextView.h"
+
+#include <QString>
 
 namespace lumiwren {
 

@@ -1,5 +1,8 @@
 #include "markdown/views/SelectableTextView.h"
 
+#include "markdown/views/SelectableTextAccessible.h"
+#include "ui/Palette.h"
+
 #include <QAccessible>
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -15,12 +18,10 @@
 #include <QToolTip>
 #include <QUrl>
 #include <QWheelEvent>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
-
-#include "markdown/views/SelectableTextAccessible.h"
-#include "ui/Palette.h"
 
 namespace lumiwren {
 namespace {

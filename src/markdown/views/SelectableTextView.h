@@ -1,13 +1,14 @@
 #pragma once
 
+#include "markdown/views/BlockView.h"
+
 #include <QPoint>
 #include <QString>
 #include <QWidget>
+
 #include <memory>
 #include <optional>
 #include <vector>
-
-#include "markdown/views/BlockView.h"
 
 namespace lumiwren {
 

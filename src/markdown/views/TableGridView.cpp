@@ -1,11 +1,11 @@
 #include "markdown/views/TableGridView.h"
 
+#include "base/Unicode.h"
+#include "ui/Fonts.h"
+
 #include <algorithm>
 #include <string_view>
 #include <variant>
-
-#include "base/Unicode.h"
-#include "ui/Fonts.h"
 
 namespace lumiwren {
 namespace {

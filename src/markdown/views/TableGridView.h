@@ -1,8 +1,8 @@
 #pragma once
 
-#include <vector>
-
 #include "markdown/views/BlockView.h"
+
+#include <vector>
 
 namespace lumiwren {
 

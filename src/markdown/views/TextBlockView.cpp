@@ -1,9 +1,9 @@
 #include "markdown/views/TextBlockView.h"
 
+#include "ui/Fonts.h"
+
 #include <utility>
 #include <variant>
-
-#include "ui/Fonts.h"
 
 namespace lumiwren {
 namespace {

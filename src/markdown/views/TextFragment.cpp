@@ -1,13 +1,14 @@
 #include "markdown/views/TextFragment.h"
 
+#include "ui/Fonts.h"
+
 #include <QFontMetricsF>
 #include <QTextCharFormat>
 #include <QTextOption>
 #include <QUrl>
+
 #include <algorithm>
 #include <utility>
-
-#include "ui/Fonts.h"
 
 namespace lumiwren {
 namespace {

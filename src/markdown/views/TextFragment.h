@@ -1,5 +1,8 @@
 #pragma once
 
+#include "markdown/MarkdownInline.h"
+#include "ui/Palette.h"
+
 #include <QColor>
 #include <QFont>
 #include <QList>
@@ -8,11 +11,9 @@
 #include <QRectF>
 #include <QString>
 #include <QTextLayout>
+
 #include <string_view>
 #include <vector>
-
-#include "markdown/MarkdownInline.h"
-#include "ui/Palette.h"
 
 namespace lumiwren {
 

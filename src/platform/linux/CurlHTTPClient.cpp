@@ -1,11 +1,11 @@
 #include "platform/linux/CurlHTTPClient.h"
 
+#include "platform/linux/CurlNetwork.h"
+#include "platform/linux/CurlTransfer.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <utility>
-
-#include "platform/linux/CurlNetwork.h"
-#include "platform/linux/CurlTransfer.h"
 
 namespace lumiwren {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/HTTPClient.h"
+
 #include <memory>
 #include <string>
-
-#include "platform/HTTPClient.h"
 
 namespace lumiwren {
 

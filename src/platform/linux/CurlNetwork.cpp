@@ -1,5 +1,7 @@
 #include "platform/linux/CurlNetwork.h"
 
+#include "platform/linux/CurlTransfer.h"
+
 #include <malloc.h>
 #include <pthread.h>
 
@@ -11,8 +13,6 @@
 #include <limits>
 #include <new>
 #include <utility>
-
-#include "platform/linux/CurlTransfer.h"
 
 namespace lumiwren {
 

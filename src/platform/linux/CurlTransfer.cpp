@@ -1,11 +1,11 @@
 #include "platform/linux/CurlTransfer.h"
 
+#include "platform/linux/CurlNetwork.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <utility>
-
-#include "platform/linux/CurlNetwork.h"
 
 namespace lumiwren {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/Task.h"
+#include "platform/HTTPClient.h"
+
 #include <curl/curl.h>
 
 #include <array>
@@ -10,9 +13,6 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
-
-#include "base/Task.h"
-#include "platform/HTTPClient.h"
 
 namespace lumiwren {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <atomic>
-
 #include "platform/AccessibilityTrust.h"
+
+#include <atomic>
 
 namespace lumiwren::testing {
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <utility>
-
 #include "base/Handle.h"
 #include "platform/EventMonitors.h"
 #include "platform/GlobalMonitorList.h"
 #include "platform/LocalMonitorList.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
 
 namespace lumiwren::testing {
 

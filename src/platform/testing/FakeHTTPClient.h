@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/Task.h"
+#include "platform/HTTPClient.h"
+
 #include <cassert>
 #include <condition_variable>
 #include <deque>
@@ -10,9 +13,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "base/Task.h"
-#include "platform/HTTPClient.h"
 
 namespace lumiwren::testing {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/PanelWindows.h"
+
 #include <map>
 #include <optional>
-
-#include "platform/PanelWindows.h"
 
 namespace lumiwren::testing {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <optional>
-
 #include "platform/Geometry.h"
 #include "platform/Screens.h"
+
+#include <optional>
 
 namespace lumiwren::testing {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "base/Task.h"
+#include "platform/SelectionCopy.h"
+
 #include <atomic>
 #include <functional>
 #include <stop_token>
-
-#include "base/Task.h"
-#include "platform/SelectionCopy.h"
 
 namespace lumiwren::testing {
 

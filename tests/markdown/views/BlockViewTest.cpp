@@ -1,12 +1,12 @@
 #include "markdown/views/BlockView.h"
 
+#include "markdown/MarkdownParser.h"
+#include "ui/Fonts.h"
+
 #include <gtest/gtest.h>
 
 #include <QImage>
 #include <QPainter>
-
-#include "markdown/MarkdownParser.h"
-#include "ui/Fonts.h"
 
 namespace lumiwren {
 namespace {

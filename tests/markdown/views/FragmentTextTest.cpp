@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "markdown/views/TextFragment.h"
 #include "ui/Fonts.h"
+
+#include <gtest/gtest.h>
 
 namespace lumiwren {
 namespace {

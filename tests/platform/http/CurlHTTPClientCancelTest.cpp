@@ -1,4 +1,11 @@
+#include "base/Task.h"
+#include "platform/http/HTTPClientTesting.h"
+#include "platform/http/NameLookup.h"
+#include "platform/linux/CurlHTTPClient.h"
+#include "support/HTTPTestServer.h"
+
 #include <gtest/gtest.h>
+
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -10,12 +17,6 @@
 #include <optional>
 #include <thread>
 #include <vector>
-
-#include "base/Task.h"
-#include "platform/http/HTTPClientTesting.h"
-#include "platform/http/NameLookup.h"
-#include "platform/linux/CurlHTTPClient.h"
-#include "support/HTTPTestServer.h"
 
 namespace lumiwren::testing {
 namespace {

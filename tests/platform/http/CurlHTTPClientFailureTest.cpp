@@ -1,14 +1,15 @@
+#include "platform/http/HTTPClientTesting.h"
+#include "platform/linux/CurlHTTPClient.h"
+#include "support/HTTPTestServer.h"
+
 #include <gtest/gtest.h>
+
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <thread>
-
-#include "platform/http/HTTPClientTesting.h"
-#include "platform/linux/CurlHTTPClient.h"
-#include "support/HTTPTestServer.h"
 
 namespace lumiwren::testing {
 namespace {

@@ -1,14 +1,14 @@
+#include "platform/http/HTTPClientTesting.h"
+#include "platform/linux/CurlHTTPClient.h"
+#include "support/HTTPTestServer.h"
+#include "support/TestCertificate.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <mutex>
 #include <vector>
-
-#include "platform/http/HTTPClientTesting.h"
-#include "platform/linux/CurlHTTPClient.h"
-#include "support/HTTPTestServer.h"
-#include "support/TestCertificate.h"
 
 namespace lumiwren::testing {
 namespace {

@@ -1,6 +1,10 @@
 #include "platform/linux/CurlHTTPClient.h"
 
+#include "platform/http/HTTPClientTesting.h"
+#include "support/HTTPTestServer.h"
+
 #include <gtest/gtest.h>
+
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -10,9 +14,6 @@
 #include <latch>
 #include <thread>
 #include <vector>
-
-#include "platform/http/HTTPClientTesting.h"
-#include "support/HTTPTestServer.h"
 
 namespace lumiwren::testing {
 namespace {

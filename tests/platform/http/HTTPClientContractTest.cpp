@@ -1,14 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <future>
-#include <latch>
-#include <memory>
-
 #include "base/Task.h"
 #include "platform/http/HTTPClientTesting.h"
 #include "platform/linux/CurlHTTPClient.h"
 #include "platform/testing/FakeHTTPClient.h"
 #include "support/HTTPTestServer.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <latch>
+#include <memory>
 
 namespace lumiwren::testing {
 namespace {

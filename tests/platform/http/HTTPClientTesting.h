@@ -1,13 +1,13 @@
 #pragma once
 
+#include "base/Task.h"
+#include "platform/HTTPClient.h"
+
 #include <chrono>
 #include <future>
 #include <stop_token>
 #include <string>
 #include <utility>
-
-#include "base/Task.h"
-#include "platform/HTTPClient.h"
 
 namespace lumiwren::testing {
 

@@ -8,13 +8,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/input-event-codes.h>
 
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QPlainTextEdit>
 #include <QShortcut>
 #include <QWindow>
+
+#include <linux/input-event-codes.h>
 
 #include <cstdlib>
 #include <functional>

@@ -54,10 +54,10 @@ def answer_blocks(prompt):
 
 def follow_up_blocks(messages):
     roles = ", ".join(role for role, _ in messages)
-    longest = max(SELECTED.split(), key=len)
+    longest = max((word.strip("().,") for word in SELECTED.split()), key=len)
     return [
         (f"“{longest}” has **{len(longest)}** letters.", [f"“{longest}” has {len(longest)} letters."]),
-        (f"> This time {len(messages)} messages came: `{roles}`.", [f"> This time {len(messages)} messages came: {roles}."]),
+        (f"This time {len(messages)} messages came: `{roles}`.", [f"This time {len(messages)} messages came: {roles}."]),
     ]
 
 

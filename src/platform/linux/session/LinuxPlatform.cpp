@@ -1,18 +1,19 @@
 #include "platform/linux/session/LinuxPlatform.h"
 
-#include <QCoreApplication>
-#include <QGuiApplication>
-#include <cstdio>
-#include <optional>
-#include <string>
-#include <utility>
-
 #include "platform/linux/CurlHTTPClient.h"
 #include "platform/linux/JSONUserDefaults.h"
 #include "platform/linux/LibsecretSecretStore.h"
 #include "platform/linux/session/LocalEventMonitors.h"
 #include "platform/linux/session/UnavailableSession.h"
 #include "platform/linux/x11/X11Session.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <utility>
 
 namespace lumiwren {
 namespace {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <memory>
-
 #include "base/MainQueue.h"
 #include "platform/Platform.h"
+
+#include <memory>
 
 namespace lumiwren {
 

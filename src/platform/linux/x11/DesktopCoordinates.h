@@ -1,8 +1,8 @@
 #pragma once
 
-#include <xcb/xcb.h>
-
 #include "platform/Geometry.h"
+
+#include <xcb/xcb.h>
 
 namespace lumiwren {
 

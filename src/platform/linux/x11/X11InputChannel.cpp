@@ -2,9 +2,10 @@
 
 #include "platform/linux/x11/XKBProtocol.h"
 
-#include <sys/socket.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
+
+#include <sys/socket.h>
 
 #include <algorithm>
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "platform/PanelWindows.h"
+#include "platform/linux/x11/DesktopCoordinates.h"
+
 #include <xcb/xcb.h>
 
 #include <map>
 #include <memory>
 #include <optional>
-
-#include "platform/PanelWindows.h"
-#include "platform/linux/x11/DesktopCoordinates.h"
 
 namespace lumiwren {
 

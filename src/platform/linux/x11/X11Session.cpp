@@ -1,9 +1,5 @@
 #include "platform/linux/x11/X11Session.h"
 
-#include <xcb/xcb.h>
-
-#include <utility>
-
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11EventMonitors.h"
 #include "platform/linux/x11/X11InputChannel.h"
@@ -12,6 +8,10 @@
 #include "platform/linux/x11/X11Screens.h"
 #include "platform/linux/x11/X11SelectionCopy.h"
 #include "platform/linux/x11/X11Trust.h"
+
+#include <xcb/xcb.h>
+
+#include <utility>
 
 namespace lumiwren {
 namespace {

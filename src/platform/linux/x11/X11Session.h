@@ -1,11 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "base/Handle.h"
 #include "base/MainQueue.h"
 #include "platform/AccessibilityTrust.h"
@@ -14,6 +8,12 @@
 #include "platform/Pasteboard.h"
 #include "platform/Screens.h"
 #include "platform/SelectionCopy.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace lumiwren {
 

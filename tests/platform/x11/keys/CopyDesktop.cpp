@@ -1,8 +1,9 @@
 #include "platform/x11/keys/CopyDesktop.h"
 
+#include <xcb/xfixes.h>
+
 #include <linux/input-event-codes.h>
 #include <poll.h>
-#include <xcb/xfixes.h>
 
 #include <chrono>
 #include <cstdlib>

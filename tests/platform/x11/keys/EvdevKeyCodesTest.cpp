@@ -4,6 +4,7 @@
 #include "platform/linux/KeySymbols.h"
 
 #include <gtest/gtest.h>
+
 #include <linux/input-event-codes.h>
 
 #include <set>

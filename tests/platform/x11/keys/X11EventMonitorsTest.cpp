@@ -7,8 +7,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/input-event-codes.h>
 #include <xcb/xinput.h>
+
+#include <linux/input-event-codes.h>
 
 #include <cstdlib>
 #include <memory>

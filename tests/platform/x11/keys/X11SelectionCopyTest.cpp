@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
 #include <linux/input-event-codes.h>
 
 #include <cstdlib>

@@ -1,14 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <QApplication>
-#include <QColor>
-#include <QLineEdit>
-#include <QPalette>
-#include <QPushButton>
-#include <cstdlib>
-#include <memory>
-#include <string>
-
 #include "ai/KeychainManager.h"
 #include "ai/OpenAIAPIService.h"
 #include "base/MainQueue.h"
@@ -25,6 +14,18 @@
 #include "popup/ExplanationPopupView.h"
 #include "popup/KeyablePanel.h"
 #include "ui/MainQueueLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QColor>
+#include <QLineEdit>
+#include <QPalette>
+#include <QPushButton>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
 
 namespace lumiwren {
 namespace {

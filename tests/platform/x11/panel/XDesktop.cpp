@@ -1,10 +1,12 @@
 #include "platform/x11/panel/XDesktop.h"
 
-#include <stdlib.h>
 #include <xcb/xtest.h>
 
 #include <QCoreApplication>
 #include <QEventLoop>
+
+#include <stdlib.h>
+
 #include <chrono>
 #include <fstream>
 #include <stdexcept>

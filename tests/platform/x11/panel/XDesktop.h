@@ -1,7 +1,11 @@
 #pragma once
 
-#include <sys/types.h>
+#include "support/Process.h"
+#include "support/XServer.h"
+
 #include <xcb/xcb.h>
+
+#include <sys/types.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -10,9 +14,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "support/Process.h"
-#include "support/XServer.h"
 
 namespace lumiwren::testing {
 

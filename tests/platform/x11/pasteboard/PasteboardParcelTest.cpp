@@ -1,6 +1,7 @@
 #include "platform/linux/x11/selection/PasteboardParcel.h"
 
 #include <gtest/gtest.h>
+
 #include <unistd.h>
 
 #include <stdexcept>

@@ -110,8 +110,9 @@ std::vector<pid_t> PasteboardWorld::holders() const {
       continue;
     }
     std::ifstream file(entry.path() / "cmdline");
-    const std::string command{std::istreambuf_iterator<char>(file), {}};
-    if (command.c_str() == holderName_) {
+    std::string program;
+    std::getline(file, program, '\0');  // Fails, and does not throw, when the process has just ended.
+    if (program == holderName_) {
       pids.push_back(std::stoi(name));
     }
   }

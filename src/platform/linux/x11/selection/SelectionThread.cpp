@@ -5,10 +5,11 @@
 #include "platform/linux/x11/selection/SelectionConnection.h"
 #include "platform/linux/x11/selection/SelectionReader.h"
 
+#include <xcb/xfixes.h>
+
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
-#include <xcb/xfixes.h>
 
 #include <algorithm>
 #include <array>
