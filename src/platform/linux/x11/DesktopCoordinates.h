@@ -2,8 +2,6 @@
 
 #include "platform/Geometry.h"
 
-#include <xcb/xcb.h>
-
 namespace lumiwren {
 
 /// A rectangle of the X screen, in pixels, y down.
@@ -23,9 +21,5 @@ struct DesktopCoordinates {
   Point point(int x, int y) const;
   Rect rect(const PixelRect &pixels) const;
 };
-
-/// The primary monitor; the first one when none is marked so, the whole screen when there are no monitors.
-/// Asks the server and waits for its answer.
-PixelRect primaryMonitor(xcb_connection_t *connection, const xcb_screen_t *screen);
 
 }  // namespace lumiwren

@@ -8,6 +8,7 @@ X11Connection::X11Connection() {
   if (!isUsable()) {
     return;
   }
+  screenNumber_ = screen;
   const xcb_setup_t *setup = xcb_get_setup(get());
   resourceMask_ = setup->resource_id_mask;
   auto screens = xcb_setup_roots_iterator(setup);

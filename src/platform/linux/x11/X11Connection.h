@@ -18,7 +18,8 @@ public:
 
   xcb_connection_t *get() const { return connection_.get(); }
   bool isUsable() const { return xcb_connection_has_error(get()) == 0; }
-  /// XCB_NONE without a server.
+  /// The screen's number and its root window; 0 and XCB_NONE without a server.
+  int screenNumber() const { return screenNumber_; }
   xcb_window_t root() const { return root_; }
   /// What is left of a window's identifier when the part that its client chose is taken off; the same for
   /// all windows of one client.
@@ -33,6 +34,7 @@ private:
     void operator()(xcb_connection_t *connection) const noexcept { xcb_disconnect(connection); }
   };
   std::unique_ptr<xcb_connection_t, Disconnect> connection_;
+  int screenNumber_ = 0;
   xcb_window_t root_ = XCB_NONE;
   std::uint32_t resourceMask_ = 0;
 };

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "platform/PanelWindows.h"
-#include "platform/linux/x11/DesktopCoordinates.h"
+#include "platform/linux/x11/X11Connection.h"
 
 #include <xcb/xcb.h>
 
 #include <map>
-#include <memory>
 #include <optional>
 
 namespace lumiwren {
@@ -26,9 +25,6 @@ public:
   Rect frame(NativeWindow window) override;
 
 private:
-  struct Disconnect {
-    void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
-  };
   /// Who had the focus before a window of ours, and when it was taken.
   struct Previous {
     xcb_window_t window;
@@ -41,8 +37,7 @@ private:
   void drainEvents();
 
   const double pixelsPerPoint_;
-  std::unique_ptr<xcb_connection_t, Disconnect> connection_;
-  const xcb_screen_t *screen_ = nullptr;
+  std::optional<X11Connection> connection_;
   xcb_window_t ownWindow_ = XCB_NONE;  // never mapped; its property changes tell the server's time
   xcb_atom_t compositorSelection_ = XCB_NONE;
   std::map<NativeWindow, Previous> previous_;

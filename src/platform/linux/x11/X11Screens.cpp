@@ -43,7 +43,7 @@ X11Screens::X11Screens(const X11Connection &connection, double pixelsPerPoint)
 
 Point X11Screens::mouseLocation() {
   const auto question = xcb_query_pointer(connection_.get(), connection_.root());
-  const auto monitors = layout();
+  const auto monitors = layout(connection_);
   const XReply<xcb_query_pointer_reply_t> pointer(
       xcb_query_pointer_reply(connection_.get(), question, nullptr));
   if (!monitors || !pointer) {
@@ -53,7 +53,7 @@ Point X11Screens::mouseLocation() {
 }
 
 std::optional<Rect> X11Screens::mainScreenVisibleFrame() {
-  const auto monitors = layout();
+  const auto monitors = layout(connection_);
   if (!monitors) {
     return std::nullopt;
   }
@@ -66,13 +66,13 @@ std::optional<Rect> X11Screens::mainScreenVisibleFrame() {
   return DesktopCoordinates{monitors->primary(), pixelsPerPoint_}.rect(visible);
 }
 
-std::optional<MonitorLayout> X11Screens::layout() const {
-  xcb_connection_t *connection = connection_.get();
-  const auto monitorsQuestion = xcb_randr_get_monitors(connection, connection_.root(), 1);
-  const auto screenQuestion = xcb_get_geometry(connection, connection_.root());
+std::optional<MonitorLayout> X11Screens::layout(const X11Connection &connection) {
+  const auto monitorsQuestion = xcb_randr_get_monitors(connection.get(), connection.root(), 1);
+  const auto screenQuestion = xcb_get_geometry(connection.get(), connection.root());
   const XReply<xcb_randr_get_monitors_reply_t> monitors(
-      xcb_randr_get_monitors_reply(connection, monitorsQuestion, nullptr));
-  const XReply<xcb_get_geometry_reply_t> screen(xcb_get_geometry_reply(connection, screenQuestion, nullptr));
+      xcb_randr_get_monitors_reply(connection.get(), monitorsQuestion, nullptr));
+  const XReply<xcb_get_geometry_reply_t> screen(
+      xcb_get_geometry_reply(connection.get(), screenQuestion, nullptr));
   if (!screen) {
     return std::nullopt;
   }

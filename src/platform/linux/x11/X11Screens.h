@@ -18,8 +18,10 @@ public:
   Point mouseLocation() override;
   std::optional<Rect> mainScreenVisibleFrame() override;
 
+  /// As a connection's server has it; nothing without a server. Waits for the server's answer.
+  static std::optional<MonitorLayout> layout(const X11Connection &connection);
+
 private:
-  std::optional<MonitorLayout> layout() const;
   std::optional<PixelRect> focusedWindow() const;
   std::vector<Strut> struts() const;
   std::optional<PixelRect> workArea() const;
