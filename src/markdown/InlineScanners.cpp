@@ -1,5 +1,7 @@
 #include "markdown/InlineScanners.h"
 
+#include <utf8proc.h>
+
 #include <algorithm>
 
 namespace lumiwren {
@@ -109,6 +111,39 @@ std::size_t titleEnd(std::string_view text, std::size_t at) {
 }
 
 }  // namespace
+
+CharacterClass classOf(char32_t c) {
+  if (c < 0x80) {
+    if (c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r') {
+      return CharacterClass::Space;
+    }
+    return isASCIIPunctuation(static_cast<char>(c)) ? CharacterClass::Punctuation : CharacterClass::Other;
+  }
+  switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
+    case UTF8PROC_CATEGORY_ZS:
+      return CharacterClass::Space;
+    case UTF8PROC_CATEGORY_PC:
+    case UTF8PROC_CATEGORY_PD:
+    case UTF8PROC_CATEGORY_PS:
+    case UTF8PROC_CATEGORY_PE:
+    case UTF8PROC_CATEGORY_PI:
+    case UTF8PROC_CATEGORY_PF:
+    case UTF8PROC_CATEGORY_PO:
+      return CharacterClass::Punctuation;
+    default:
+      return CharacterClass::Other;
+  }
+}
+
+Flanking flanking(char delimiter, CharacterClass before, CharacterClass after) {
+  using enum CharacterClass;
+  const bool left = after != Space && (after != Punctuation || before != Other);
+  const bool right = before != Space && (before != Punctuation || after != Other);
+  if (delimiter == '_') {
+    return {left && (!right || before == Punctuation), right && (!left || after == Punctuation)};
+  }
+  return {left, right};
+}
 
 std::string_view scanURIAutolink(std::string_view text, std::size_t offset) {
   const auto begin = offset + 1;

@@ -13,6 +13,17 @@ constexpr bool isASCIIPunctuation(char c) {
   return (c >= '!' && c <= '/') || (c >= ':' && c <= '@') || (c >= '[' && c <= '`') || (c >= '{' && c <= '~');
 }
 
+/// How CommonMark sees a character beside a run of delimiters.
+enum class CharacterClass { Space, Punctuation, Other };
+CharacterClass classOf(char32_t c);
+
+/// The characters of text beside a run of delimiters decide what the run may do.
+struct Flanking {
+  bool canOpen;
+  bool canClose;
+};
+Flanking flanking(char delimiter, CharacterClass before, CharacterClass after);
+
 /// The address in a URI autolink such as <https://a.example> whose "<" stands at `offset`; empty where there
 /// is none.
 std::string_view scanURIAutolink(std::string_view text, std::size_t offset);

@@ -2,13 +2,11 @@
 
 #include "base/Unicode.h"
 #include "markdown/HTMLEntities.h"
+#include "markdown/InlineMarker.h"
 #include "markdown/InlineScanners.h"
-
-#include <utf8proc.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <memory_resource>
 #include <optional>
 #include <utility>
@@ -27,66 +25,6 @@ constexpr auto isSpecial = [] {
 
 // Only runs of one or two tildes strike through; longer ones are looked at in pieces of this many.
 constexpr std::size_t longestTildeRun = 100;
-
-enum class CharacterClass { Space, Punctuation, Other };
-
-/// How CommonMark sees a character beside a run of delimiters.
-CharacterClass classOf(char32_t c) {
-  if (c < 0x80) {
-    if (c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r') {
-      return CharacterClass::Space;
-    }
-    return isASCIIPunctuation(static_cast<char>(c)) ? CharacterClass::Punctuation : CharacterClass::Other;
-  }
-  switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
-    case UTF8PROC_CATEGORY_ZS:
-      return CharacterClass::Space;
-    case UTF8PROC_CATEGORY_PC:
-    case UTF8PROC_CATEGORY_PD:
-    case UTF8PROC_CATEGORY_PS:
-    case UTF8PROC_CATEGORY_PE:
-    case UTF8PROC_CATEGORY_PI:
-    case UTF8PROC_CATEGORY_PF:
-    case UTF8PROC_CATEGORY_PO:
-      return CharacterClass::Punctuation;
-    default:
-      return CharacterClass::Other;
-  }
-}
-
-/// The characters of text beside a run of delimiters decide what the run may do.
-struct Flanking {
-  bool canOpen;
-  bool canClose;
-};
-
-Flanking flanking(char delimiter, CharacterClass before, CharacterClass after) {
-  using enum CharacterClass;
-  const bool left = after != Space && (after != Punctuation || before != Other);
-  const bool right = before != Space && (before != Punctuation || after != Other);
-  if (delimiter == '_') {
-    return {left && (!right || before == Punctuation), right && (!left || after == Punctuation)};
-  }
-  return {left, right};
-}
-
-/// A place in the output where the style changes, and the syntax written there that may turn out not to be
-/// text.
-struct Marker {
-  enum class Kind : std::uint8_t { Emphasis, Strikethrough, Code, Image, Link };
-
-  std::size_t position;
-  /// Bytes written at `position`, and how many of them are text after all.
-  std::size_t length;
-  std::size_t kept;
-  Kind kind;
-  /// How many spans end in front of what is kept and begin behind it; double ones are strong emphasis.
-  std::size_t ends = 0;
-  std::size_t doubleEnds = 0;
-  std::size_t begins = 0;
-  std::size_t doubleBegins = 0;
-  int link = MarkdownRun::noLink;
-};
 
 constexpr std::string_view delimiterCharacters = "*_~";
 
@@ -119,7 +57,7 @@ public:
       appendPlain(nextSpecial(line_, at_));
     }
     processDelimiters(0);
-    return applyMarkers();
+    return applyMarkers(std::move(text_), markers_, std::move(links_));
   }
 
   static std::size_t nextSpecial(std::string_view line, std::size_t at) {
@@ -135,7 +73,7 @@ private:
     at_ = end;
   }
 
-  std::size_t addMarker(Marker::Kind kind, std::size_t length = 0) {
+  std::size_t addMarker(InlineMarker::Kind kind, std::size_t length = 0) {
     markers_.push_back({text_.size(), length, length, kind});
     text_.append(line_, at_, length);
     at_ += length;
@@ -177,9 +115,9 @@ private:
         code.find_first_not_of(' ') != std::string_view::npos) {
       code = code.substr(1, code.size() - 2);
     }
-    markers_[addMarker(Marker::Kind::Code)].begins = 1;
+    markers_[addMarker(InlineMarker::Kind::Code)].begins = 1;
     text_.append(code);
-    markers_[addMarker(Marker::Kind::Code)].ends = 1;
+    markers_[addMarker(InlineMarker::Kind::Code)].ends = 1;
     at_ = *end + length;
   }
 
@@ -241,9 +179,9 @@ private:
     if (!address.empty()) {
       std::string shown;
       appendUnescaped(address, shown);
-      beginLink(addMarker(Marker::Kind::Link), isURI ? shown : "mailto:" + shown);
+      beginLink(addMarker(InlineMarker::Kind::Link), isURI ? shown : "mailto:" + shown);
       text_ += shown;
-      markers_[addMarker(Marker::Kind::Link)].ends = 1;
+      markers_[addMarker(InlineMarker::Kind::Link)].ends = 1;
       at_ += address.size() + 2;
       return;
     }
@@ -295,7 +233,8 @@ private:
   }
 
   void pushBracket(bool isImage) {
-    const auto marker = addMarker(isImage ? Marker::Kind::Image : Marker::Kind::Link, isImage ? 2 : 1);
+    const auto marker =
+        addMarker(isImage ? InlineMarker::Kind::Image : InlineMarker::Kind::Link, isImage ? 2 : 1);
     brackets_.push_back({marker, isImage, delimiters_.size()});
   }
 
@@ -332,7 +271,8 @@ private:
     if ((!canOpen && !canClose) || (isTilde && length > 2)) {
       return appendPlain(at_ + length);
     }
-    const auto marker = addMarker(isTilde ? Marker::Kind::Strikethrough : Marker::Kind::Emphasis, length);
+    const auto marker =
+        addMarker(isTilde ? InlineMarker::Kind::Strikethrough : InlineMarker::Kind::Emphasis, length);
     delimiters_.push_back(
         {marker, length, static_cast<std::uint8_t>(delimiterCharacters.find(character)), canOpen, canClose});
   }
@@ -405,7 +345,7 @@ private:
   bool match(const Delimiter &opening, const Delimiter &closing) {
     auto &begin = markers_[opening.marker];
     auto &end = markers_[closing.marker];
-    if (begin.kind == Marker::Kind::Strikethrough) {
+    if (begin.kind == InlineMarker::Kind::Strikethrough) {
       if (begin.length != end.length) {
         return false;
       }
@@ -429,98 +369,6 @@ private:
     return true;
   }
 
-  /// Takes the syntax out of the text and cuts it into runs.
-  MarkdownInlineText applyMarkers() {
-    MarkdownInlineText result;
-    result.runs.reserve(markers_.size() + 1);
-    std::size_t write = 0;
-    std::size_t read = 0;
-    Depths depths;
-    const auto keepUntil = [&](std::size_t end) {
-      if (end == read) {
-        return;
-      }
-      const auto length = end - read;
-      if (write != read) {
-        std::memmove(text_.data() + write, text_.data() + read, length);
-      }
-      const auto style = depths.style();
-      if (auto *last = result.runs.empty() ? nullptr : &result.runs.back();
-          last != nullptr && last->style == style && last->link == depths.link) {
-        last->length += length;
-      } else {
-        result.runs.push_back({write, length, style, depths.link});
-      }
-      write += length;
-      read = end;
-    };
-    for (const auto &marker : markers_) {
-      keepUntil(marker.position);
-      depths.end(marker);
-      keepUntil(marker.position + marker.kept);
-      depths.begin(marker);
-      read = marker.position + marker.length;
-    }
-    keepUntil(text_.size());
-    text_.resize(write);
-    result.text = std::move(text_);
-    result.links = std::move(links_);
-    return result;
-  }
-
-  /// How many spans of each kind are open.
-  struct Depths {
-    std::size_t emphasis = 0;
-    std::size_t strong = 0;
-    std::size_t strikethrough = 0;
-    std::size_t code = 0;
-    std::size_t image = 0;
-    int link = MarkdownRun::noLink;
-    /// Links do not nest, but an autolink may stand in one.
-    int outerLink = MarkdownRun::noLink;
-
-    [[nodiscard]] MarkdownStyle style() const {
-      using enum MarkdownStyle;
-      return (emphasis > 0 ? Emphasis : Plain) | (strong > 0 ? Strong : Plain) |
-             (strikethrough > 0 ? Strikethrough : Plain) | (code > 0 ? Code : Plain) |
-             (image > 0 ? Image : Plain);
-    }
-
-    std::size_t *of(Marker::Kind kind) {
-      switch (kind) {
-        case Marker::Kind::Emphasis:
-          return &emphasis;
-        case Marker::Kind::Strikethrough:
-          return &strikethrough;
-        case Marker::Kind::Code:
-          return &code;
-        case Marker::Kind::Image:
-          return &image;
-        case Marker::Kind::Link:
-          break;
-      }
-      return nullptr;
-    }
-
-    void begin(const Marker &marker) {
-      strong += marker.doubleBegins;
-      if (auto *depth = of(marker.kind)) {
-        *depth += marker.begins;
-      } else if (marker.begins > 0) {
-        outerLink = std::exchange(link, marker.link);
-      }
-    }
-
-    void end(const Marker &marker) {
-      strong -= marker.doubleEnds;
-      if (auto *depth = of(marker.kind)) {
-        *depth -= marker.ends;
-      } else if (marker.ends > 0) {
-        link = std::exchange(outerLink, MarkdownRun::noLink);
-      }
-    }
-  };
-
   std::string_view line_;
   std::size_t at_ = 0;
   HTMLScanner html_;
@@ -531,7 +379,7 @@ private:
   // Most lines need a few of each; they stay off the heap.
   std::array<std::byte, 4096> buffer_;
   std::pmr::monotonic_buffer_resource memory_{buffer_.data(), buffer_.size()};
-  std::pmr::vector<Marker> markers_{&memory_};
+  std::pmr::vector<InlineMarker> markers_{&memory_};
   std::pmr::vector<Delimiter> delimiters_{&memory_};
   /// What may still be closed while delimiters are matched, as indices of delimiters, for each character.
   std::array<std::pmr::vector<std::size_t>, delimiterCharacters.size()> openers_{
