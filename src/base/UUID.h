@@ -20,6 +20,7 @@ struct UUID {
   /// The canonical form with upper-case digits.
   std::string toString() const;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the 0 that the comparison is written with is none of ours.
   friend auto operator<=>(const UUID &, const UUID &) = default;
 };
 

@@ -108,7 +108,7 @@ QWidget *ExplanationPopupView::makeFooter() {
 QString ExplanationPopupView::truncatedOriginalText(const std::string &originalText) {
   // A text of many megabytes must not be converted for the sake of its first characters. A cluster may be
   // long, but not this long on average.
-  constexpr std::size_t enough = 64 * maximumOriginalText;
+  constexpr std::size_t enough = std::size_t{64} * maximumOriginalText;
   auto text =
       QString::fromUtf8(originalText.data(), static_cast<qsizetype>(std::min(originalText.size(), enough)));
   QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);

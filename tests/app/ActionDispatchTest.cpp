@@ -12,6 +12,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <future>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -200,14 +201,20 @@ TEST_F(ActionDispatchTest, OfTwoQuickPressesOnlyTheSecondIsAnsweredAndNoErrorIsS
 
 TEST_F(ActionDispatchTest, ASecondPressDuringTheCaptureCancelsTheFirstWithoutARequest) {
   const CustomAction action = addAction("{text}");
-  std::stop_source copied;
+  std::promise<void> secondCopy;
+  bool isCapturing = false;
   platform.selectionCopy().onCopy = [&] {
     platform.pasteboard().copy();
-    copied.request_stop();
+    if (platform.selectionCopy().copies == 1) {
+      mainQueue.post([&] { isCapturing = true; });
+      secondCopy.get_future().wait_for(patience);  // The first is still at it when the second is.
+    } else {
+      secondCopy.set_value();
+    }
   };
   platform.httpClient().expect(200, {chunk("answer")});
   dispatch->dispatchAction(action);
-  waitUntil([&] { return copied.stop_requested(); });
+  waitUntil([&] { return isCapturing; });
   dispatch->dispatchAction(action);
   waitUntilShown({"the selection", "answer", false, std::nullopt});
   EXPECT_EQ(platform.httpClient().requests().size(), 1U);

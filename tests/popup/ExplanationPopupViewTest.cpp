@@ -129,7 +129,9 @@ TEST_F(ExplanationPopupViewTest, TheSourceTextIsPlainText) {
 TEST_F(ExplanationPopupViewTest, TheSourceTextHasTwoLinesAtMost) {
   const auto linesDrawn = [&](const std::string &text) {
     show(text);
+    queue.runPending();  // an open panel has its content one block later
     controller.hostingView()->refresh();
+    QCoreApplication::sendPostedEvents();  // what asks for another layout among them
     auto *const label = controller.panel()->findChild<SourceTextLabel *>();
     QImage image(label->size(), QImage::Format_ARGB32);
     image.fill(Qt::transparent);

@@ -168,7 +168,7 @@ void CurlNetwork::quit() {
   }
   while (!transfers_.empty()) {
     transfers_.back()->end(CurlTransfer::Outcome::Cancelled);
-    remove(transfers_.back());
+    remove(*transfers_.back());
   }
 }
 
@@ -181,7 +181,7 @@ void CurlNetwork::attend() {
   for (const auto &transfer : wanting) {
     if (transfer->isCancelRequested()) {
       transfer->end(CurlTransfer::Outcome::Cancelled);
-      remove(transfer);
+      remove(*transfer);
     } else if (!transfer->hasStarted()) {
       transfer->start(multi_, {share_, certificateDirectory_, noProxy_});
       transfers_.push_back(transfer);
@@ -198,7 +198,7 @@ void CurlNetwork::reap() {
       return candidate->easy() == message->easy_handle;
     });
     (*transfer)->complete(message->data.result);
-    remove(std::shared_ptr(*transfer));
+    remove(**transfer);
   }
 }
 
@@ -212,7 +212,7 @@ int CurlNetwork::expire() {
       // The connection may be dead without anybody having said so.
       curl_easy_setopt(transfer->easy(), CURLOPT_FORBID_REUSE, 1L);
       transfer->complete(CURLE_OPERATION_TIMEDOUT);
-      remove(transfer);
+      remove(*transfer);
     } else if (deadline != CurlTransfer::TimePoint::max()) {
       wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(deadline - now));
     }
@@ -220,10 +220,9 @@ int CurlNetwork::expire() {
   return static_cast<int>(wait.count());
 }
 
-void CurlNetwork::remove(const std::shared_ptr<CurlTransfer> &transfer) {
-  const auto keptAlive = transfer;
-  std::erase(transfers_, keptAlive);
-  keptAlive->release(multi_);
+void CurlNetwork::remove(CurlTransfer &transfer) {
+  transfer.release(multi_);
+  std::erase_if(transfers_, [&transfer](const auto &candidate) { return candidate.get() == &transfer; });
 }
 
 }  // namespace lumiwren

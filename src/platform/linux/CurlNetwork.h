@@ -40,7 +40,8 @@ private:
   void attend();
   void reap();
   int expire();
-  void remove(const std::shared_ptr<CurlTransfer> &transfer);
+  /// The transfer may end with this.
+  void remove(CurlTransfer &transfer);
 
   const std::string certificateDirectory_;
   const std::string noProxy_;

@@ -12,7 +12,7 @@ namespace lumiwren {
 namespace {
 
 /// Enough to keep the network busy while the reader works, and little for one that has stopped reading.
-constexpr std::size_t bufferLimit = 256 * 1024;
+constexpr std::size_t bufferLimit = 256UL * 1024;
 
 CurlTransfer::TimePoint now() {
   return std::chrono::steady_clock::now();
@@ -244,7 +244,7 @@ std::string CurlTransfer::describe(CURLcode result) const {
   if (result == CURLE_OPERATION_TIMEDOUT) {
     return "The request timed out.";
   }
-  const std::string detail = errorText_[0] != '\0' ? errorText_.data() : curl_easy_strerror(result);
+  std::string detail = errorText_[0] != '\0' ? errorText_.data() : curl_easy_strerror(result);
   switch (result) {
     case CURLE_PARTIAL_FILE:
     case CURLE_GOT_NOTHING:

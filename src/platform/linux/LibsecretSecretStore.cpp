@@ -201,6 +201,7 @@ public:
   /// Asks the user for as much as the service wants to. True when all are unlocked now.
   bool unlock(const std::vector<std::string> &paths) {
     std::vector<const gchar *> pointers;
+    pointers.reserve(paths.size() + 1);
     for (const auto &path : paths) {
       pointers.push_back(path.c_str());
     }

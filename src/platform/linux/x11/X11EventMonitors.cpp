@@ -100,6 +100,7 @@ void X11EventMonitors::findOwnWindows() {
   std::vector<xcb_window_t> level{channel_.connection().root()};
   while (!level.empty()) {
     std::vector<xcb_query_tree_cookie_t> questions;
+    questions.reserve(level.size());
     for (const xcb_window_t window : level) {
       questions.push_back(xcb_query_tree(connection, window));
     }

@@ -82,8 +82,8 @@ std::optional<X11KeyMap> X11KeyMap::read(xcb_connection_t *connection) {
     const auto length = static_cast<std::uint32_t>(xcb_xkb_key_sym_map_syms_length(source));
     Key &key = keys.at(keycode);
     key.groupInfo = source->groupInfo;
-    const std::uint32_t count = std::min<std::uint32_t>(source->groupInfo & 0x0fU, largestGroupCount);
-    for (std::uint32_t group = 0; group < count && group * source->width < length; ++group) {
+    const auto count = std::min<std::size_t>(source->groupInfo & 0x0fU, largestGroupCount);
+    for (std::size_t group = 0; group < count && group * source->width < length; ++group) {
       key.unshifted.push_back(table[group * source->width]);
     }
   }

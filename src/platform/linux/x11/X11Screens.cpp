@@ -120,6 +120,7 @@ std::vector<Strut> X11Screens::struts() const {
     xcb_get_property_cookie_t partial, plain;
   };
   std::vector<Question> questions;
+  questions.reserve(clients.size());
   for (const xcb_window_t client : clients) {
     questions.push_back({askNumbers(connection_, client, atoms_.strutPartial),
                          askNumbers(connection_, client, atoms_.strut)});

@@ -30,7 +30,7 @@ protected:
   static std::optional<pid_t> sessionOf(pid_t pid) {
     std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
     std::string stat;
-    std::getline(file, stat, '\0');  // Fails, and does not throw, when the process has just ended.
+    std::getline(file, stat, '\0');        // Fails, and does not throw, when the process has just ended.
     const auto nameEnd = stat.rfind(')');  // The name before this may hold anything.
     if (nameEnd == std::string::npos) {
       return std::nullopt;
