@@ -20,6 +20,7 @@ from Xlib import X
 from Xlib.ext import damage
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
+os.environ["LUMIWREN_BIN"] = str(BUILD / "bin/lumiwren")
 START_ROUNDS, HOTKEY_ROUNDS, WIRE_ROUNDS = 15, 20, 20
 IDLE_SECONDS = 30
 CAPTURE_WAIT = 150  # ms; the fixed wait of every capture
