@@ -1,5 +1,7 @@
 #include "platform/x11/keys/CopyDesktop.h"
 
+#include "platform/linux/EvdevKeyCodes.h"
+
 #include <xcb/xfixes.h>
 
 #include <linux/input-event-codes.h>
@@ -175,7 +177,14 @@ void CopyDesktop::settle() {
       throw std::runtime_error("the keyboard is dead");
     }
     if (events.back() == mark) {
-      return;
+      break;
+    }
+  }
+  // Its press has come; its release comes through the outer server on its own.
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  while (inside_->heldKeys()[markKey + evdevOffset]) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      throw std::runtime_error("the keyboard is stuck");
     }
   }
 }

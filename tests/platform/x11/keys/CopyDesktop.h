@@ -47,8 +47,8 @@ public:
   void putOnClipboard(std::string_view text);
   /// Waits until the owner of the selection ("PRIMARY" or "CLIPBOARD") gives this text.
   void waitForSelection(std::string_view selection, std::string_view text);
-  /// Waits until every key that was pressed before has arrived, and forgets them. Types a key that nobody
-  /// uses.
+  /// Waits until every key that was pressed or let go before has arrived, and forgets them. Types a key that
+  /// nobody uses.
   void settle();
 
 private:
