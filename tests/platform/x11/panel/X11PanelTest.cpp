@@ -135,7 +135,7 @@ TEST_F(X11Panel, IsAboveAWindowThatBecomesFullScreenAndAboveOneThatIs) {
   EXPECT_FALSE(isFullScreen());
   desktop->setFullScreen(application, true);
   ASSERT_TRUE(waitFor(isFullScreen));
-  EXPECT_TRUE(isSeen());
+  EXPECT_TRUE(waitFor([this] { return isSeen(); }));  // A compositor draws the two one after the other.
   controller.dismiss();
   ASSERT_TRUE(waitFor([this] { return !controller.panel(); }));
   show();
