@@ -155,7 +155,7 @@ TEST_F(X11Panel, IsOnEveryDesktop) {
   EXPECT_TRUE(waitFor([this] { return isSeen(); }));
   desktop->setCurrentDesktop(0);
   ASSERT_TRUE(waitFor([&] { return desktop->currentDesktop() == 0 && isApplicationSeen(); }));
-  EXPECT_TRUE(isSeen());
+  EXPECT_TRUE(waitFor([this] { return isSeen(); }));
 }
 
 TEST_F(X11Panel, AClickIntoTheFollowUpFieldGivesItTheKeyboardAndDismissalGivesItBack) {
