@@ -2,6 +2,9 @@
 
 #include "popup/KeyablePanel.h"
 #include "ui/Fonts.h"
+#include "ui/Palette.h"
+
+#include <QEvent>
 
 namespace lumiwren {
 
@@ -9,6 +12,7 @@ ActivatingTextField::ActivatingTextField(QWidget *parent) : QLineEdit(parent) {
   setFont(systemFont(13));
   setFrame(false);
   setTextMargins(0, 0, 0, 0);
+  tintPlaceholder();
 }
 
 void ActivatingTextField::setDisabledWhileBusy(bool disabled) {
@@ -46,6 +50,23 @@ void ActivatingTextField::mouseDoubleClickEvent(QMouseEvent *event) {
 void ActivatingTextField::focusInEvent(QFocusEvent *event) {
   activate();
   QLineEdit::focusInEvent(event);
+}
+
+void ActivatingTextField::changeEvent(QEvent *event) {
+  if (event->type() == QEvent::PaletteChange) {
+    tintPlaceholder();
+  }
+  QLineEdit::changeEvent(event);
+}
+
+/// Dark palettes may come with the placeholder of a light one.
+void ActivatingTextField::tintPlaceholder() {
+  const QColor color = SemanticColors(palette()).secondary;
+  if (palette().color(QPalette::PlaceholderText) != color) {
+    QPalette tinted;
+    tinted.setColor(QPalette::PlaceholderText, color);
+    setPalette(tinted);
+  }
 }
 
 }  // namespace lumiwren

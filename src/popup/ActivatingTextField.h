@@ -21,8 +21,11 @@ protected:
   void mousePressEvent(QMouseEvent *event) override;
   void mouseDoubleClickEvent(QMouseEvent *event) override;
   void focusInEvent(QFocusEvent *event) override;
+  void changeEvent(QEvent *event) override;
 
 private:
+  void tintPlaceholder();
+
   bool hadFocus_ = false;
 };
 

@@ -14,6 +14,8 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 namespace lumiwren {
 namespace {
@@ -152,6 +154,25 @@ TEST_F(ExplanationPopupViewTest, TheSourceTextHasTwoLinesAtMost) {
   EXPECT_EQ(linesDrawn(repeated("xxxxxxxxx ", 9)), 2);
   EXPECT_EQ(linesDrawn(repeated("WWWWWWWWW ", 9)), 2);
   EXPECT_EQ(linesDrawn("x\nx\nx"), 2);
+}
+
+TEST_F(ExplanationPopupViewTest, ThePlaceholderCanBeReadOnEveryPalette) {
+  show();
+  const QPalette before = QApplication::palette();
+  for (const auto &[background, text] : {std::pair(Qt::white, Qt::black), std::pair(Qt::black, Qt::white)}) {
+    QPalette palette = before;
+    palette.setColor(QPalette::Window, background);
+    palette.setColor(QPalette::Base, background);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::PlaceholderText, background);
+    QApplication::setPalette(palette);
+    QCoreApplication::sendPostedEvents();
+    const auto &used = field().palette();
+    EXPECT_GT(std::abs(qGray(used.color(QPalette::PlaceholderText).rgb()) - qGray(QColor(background).rgb())),
+              100);
+    EXPECT_EQ(used.color(QPalette::Base), QColor(background));
+  }
+  QApplication::setPalette(before);
 }
 
 TEST_F(ExplanationPopupViewTest, ReturnInAnEmptyFieldSendsNothing) {
