@@ -1,9 +1,8 @@
 #include "app/ActionDispatch.h"
 
 #include "ai/LumiwrenError.h"
-#include "app/TestApplication.h"
+#include "app/AppTest.h"
 #include "platform/KeyCodes.h"
-#include "platform/testing/FakePlatform.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -44,18 +43,15 @@ std::string chunk(const std::string &content) {
   return "data: " + json.dump() + "\n\n";
 }
 
-class ActionDispatchTest : public ::testing::Test {
+class ActionDispatchTest : public testing::AppTest {
 protected:
   ActionDispatchTest() {
-    testing::testApplication();
     mainQueue.setWaker([this] {
       const std::lock_guard lock(mutex);
       awake = true;
       woken.notify_all();
     });
     platform.selectionCopy().onCopy = [this] { platform.pasteboard().copy(); };
-    platform.secretStore().add(KeychainManager::service, KeychainManager::apiKeyAccount,
-                               Secret::copyOf("sk-test"));
     select("the selection");
     dispatch->setupHotkey();
   }
@@ -119,25 +115,8 @@ protected:
   std::condition_variable woken;
   bool awake = false;
 
-  testing::FakePlatform platform;
-  MainQueue mainQueue;
-  KeychainManager keychain{platform.secretStore()};
-  OpenAIAPIService service{
-      platform.httpClient(), keychain, mainQueue, {.baseURL = "http://127.0.0.1/", .model = "a-model"}};
-  CustomActionManager actions{platform.userDefaults()};
-  HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
-  ExplanationPopupController popup{platform.eventMonitors(),
-                                   platform.pasteboard(),
-                                   platform.screens(),
-                                   platform.panelWindows(),
-                                   service,
-                                   keychain,
-                                   mainQueue};
   int alerts = 0;
-  std::optional<ActionDispatch> dispatch{
-      std::in_place,
-      ActionDispatch::Services{platform, mainQueue, actions, keychain, service, hotkeys, popup},
-      [this] { ++alerts; }};
+  std::optional<ActionDispatch> dispatch{std::in_place, services(), [this] { ++alerts; }};
 };
 
 TEST_F(ActionDispatchTest, AHotkeyPressStreamsTheAnswerIntoThePopup) {

@@ -1,7 +1,6 @@
 #include "app/AppDelegate.h"
 
-#include "app/TestApplication.h"
-#include "platform/testing/FakePlatform.h"
+#include "app/AppTest.h"
 
 #include <gtest/gtest.h>
 
@@ -17,18 +16,13 @@ namespace {
 
 using std::chrono::milliseconds;
 
-class AppDelegateTest : public ::testing::Test {
+class AppDelegateTest : public testing::AppTest {
 protected:
-  AppDelegateTest() {
-    testing::testApplication();
-    platform.secretStore().add(KeychainManager::service, KeychainManager::apiKeyAccount,
-                               Secret::copyOf("sk-test"));
-  }
+  AppDelegateTest() : AppTest([this] { return now; }) {}
   ~AppDelegateTest() override { mainQueue.close(); }
 
   void launch() {
-    delegate.emplace(
-        ActionDispatch::Services{platform, mainQueue, actions, keychain, service, hotkeys, popup}, [] {});
+    delegate.emplace(services(), [] {});
     delegate->applicationDidFinishLaunching();
   }
   void pass(milliseconds duration) {
@@ -56,19 +50,6 @@ protected:
   }
 
   MainQueue::TimePoint now{};
-  testing::FakePlatform platform;
-  MainQueue mainQueue{[this] { return now; }};
-  KeychainManager keychain{platform.secretStore()};
-  OpenAIAPIService service{platform.httpClient(), keychain, mainQueue, {}};
-  CustomActionManager actions{platform.userDefaults()};
-  HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
-  ExplanationPopupController popup{platform.eventMonitors(),
-                                   platform.pasteboard(),
-                                   platform.screens(),
-                                   platform.panelWindows(),
-                                   service,
-                                   keychain,
-                                   mainQueue};
   std::optional<AppDelegate> delegate;
   QString text;
   QString informativeText;

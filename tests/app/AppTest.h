@@ -1,0 +1,44 @@
+#pragma once
+
+#include "app/ActionDispatch.h"
+#include "app/TestApplication.h"
+#include "platform/testing/FakePlatform.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <utility>
+
+namespace lumiwren::testing {
+
+/// All services of the program on a fake platform, whose keyring holds a key. They outlive what a derived
+/// fixture makes of them.
+class AppTest : public ::testing::Test {
+protected:
+  explicit AppTest(MainQueue::Now now = &std::chrono::steady_clock::now) : mainQueue(std::move(now)) {
+    testApplication();
+    platform.secretStore().add(KeychainManager::service, KeychainManager::apiKeyAccount,
+                               Secret::copyOf("sk-test"));
+  }
+
+  ActionDispatch::Services services() {
+    return {platform, mainQueue, actions, keychain, service, hotkeys, popup};
+  }
+
+  FakePlatform platform;
+  MainQueue mainQueue;
+  KeychainManager keychain{platform.secretStore()};
+  OpenAIAPIService service{
+      platform.httpClient(), keychain, mainQueue, {.baseURL = "http://127.0.0.1/", .model = "a-model"}};
+  CustomActionManager actions{platform.userDefaults()};
+  HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
+  ExplanationPopupController popup{platform.eventMonitors(),
+                                   platform.pasteboard(),
+                                   platform.screens(),
+                                   platform.panelWindows(),
+                                   service,
+                                   keychain,
+                                   mainQueue};
+};
+
+}  // namespace lumiwren::testing
