@@ -206,13 +206,15 @@ void CurlNetwork::reap() {
 int CurlNetwork::expire() {
   const auto now = std::chrono::steady_clock::now();
   auto wait = std::chrono::milliseconds(std::numeric_limits<int>::max());
-  for (const auto &transfer : std::vector(transfers_)) {
-    const auto deadline = transfer->silenceDeadline();
+  // From the back: what is removed must not move what is still to come.
+  for (std::size_t index = transfers_.size(); index-- > 0;) {
+    CurlTransfer &transfer = *transfers_[index];
+    const auto deadline = transfer.silenceDeadline();
     if (deadline <= now) {
       // The connection may be dead without anybody having said so.
-      curl_easy_setopt(transfer->easy(), CURLOPT_FORBID_REUSE, 1L);
-      transfer->complete(CURLE_OPERATION_TIMEDOUT);
-      remove(*transfer);
+      curl_easy_setopt(transfer.easy(), CURLOPT_FORBID_REUSE, 1L);
+      transfer.complete(CURLE_OPERATION_TIMEDOUT);
+      remove(transfer);
     } else if (deadline != CurlTransfer::TimePoint::max()) {
       wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(deadline - now));
     }
