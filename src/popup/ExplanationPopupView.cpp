@@ -35,7 +35,7 @@ ExplanationPopupView::ExplanationPopupView(PopupState &state, Pasteboard &pasteb
                                            Callbacks callbacks)
     : state_(state), pasteboard_(pasteboard), mainQueue_(mainQueue), callbacks_(std::move(callbacks)) {
   setMinimumSize(300, 200);
-  conversation_ = new ConversationView(mainQueue_, this);
+  conversation_ = new ConversationView(pasteboard_, mainQueue_, this);
   auto *const stack = new QVBoxLayout(this);
   stack->setContentsMargins(0, 0, 0, 0);
   stack->setSpacing(0);

@@ -2,6 +2,7 @@
 
 #include "markdown/views/BlockView.h"
 
+#include <QElapsedTimer>
 #include <QPoint>
 #include <QString>
 #include <QWidget>
@@ -13,8 +14,8 @@
 namespace lumiwren {
 
 /// Blocks of text stacked, as one text that can be selected with the mouse, copied, and read by assistive
-/// technology. As high as it needs to be at the width that it has; laid out block by block, and again only
-/// where something has changed.
+/// technology. As high as it needs to be at the width that it has; laid out again only where something has
+/// changed.
 class SelectableTextView : public QWidget {
   Q_OBJECT
 
@@ -24,6 +25,8 @@ public:
 
   /// What is shown, without markup: the blocks on lines of their own, cells separated by tabs.
   QString plainText() const;
+  /// Of plainText(), in UTF-16 units, as all positions.
+  int length() const;
   /// The height at a width; lays out for it.
   int layOut(int width);
 
@@ -31,16 +34,31 @@ public:
   int heightForWidth(int width) const override;
 
   QString selectedText() const;
-  void selectAll();
-  /// Puts what is selected on the clipboard.
-  void copy() const;
-
-  /// Positions count UTF-16 units of plainText().
-  int positionAt(QPoint point) const;
-  QRect characterRect(int position) const;
+  bool hasSelection() const { return anchor_ != cursor_; }
   int selectionStart() const;
   int selectionEnd() const;
   void setSelection(int start, int end);
+  void clearSelection() { setSelection(0, 0); }
+  void selectAll();
+  /// Asks for the selected text to be put on the clipboard; does nothing when there is none.
+  void copy();
+
+  /// Lets the selection end at a point, wherever that is.
+  void dragTo(QPoint point);
+  /// Tells assistive technology of what has changed in the text up to a position; of the rest it is told
+  /// nothing before it asks.
+  void tellAssistiveTechnology(int upTo);
+
+  int positionAt(QPoint point) const;
+  QRect characterRect(int position) const;
+
+Q_SIGNALS:
+  void copyRequested(const QString &text);
+  /// A selection has begun here.
+  void selectionStarted();
+  /// The pointer moves while it selects; in global coordinates.
+  void selectionDragged(QPoint pointer);
+  void selectionEnded();
 
 protected:
   /// For a derived view to change. It then calls blocksChanged() with the first one that differs.
@@ -48,6 +66,7 @@ protected:
   void blocksChanged(std::size_t first);
 
   bool event(QEvent *event) override;
+  void changeEvent(QEvent *event) override;
   void paintEvent(QPaintEvent *event) override;
   void resizeEvent(QResizeEvent *event) override;
   void mousePressEvent(QMouseEvent *event) override;
@@ -59,19 +78,33 @@ protected:
   void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
+  /// A block's handle that the pointer holds, to scroll the block sideways.
+  struct HeldThumb {
+    std::size_t block;
+    qreal pointer;
+    qreal offset;
+  };
+
   std::optional<std::size_t> blockAt(qreal y) const;
   const FragmentText::Link *linkAt(QPoint point) const;
-  void tellAssistiveTechnology();
-  void scrollBlock(std::size_t index, qreal delta);
+  std::optional<std::size_t> thumbAt(QPoint point) const;
+  void selectLineAt(int position);
+  void publishSelection() const;
+  void scrollBlock(std::size_t index, qreal offset);
 
   std::vector<std::unique_ptr<BlockView>> views_;
   std::vector<qreal> tops_;  // of each block
-  QString told_;             // what assistive technology was told last, where there is any
+  std::vector<int> starts_;  // likewise, of each in the plain text
+  SemanticColors colors_;
+  QString told_;  // what assistive technology was told of
   qreal width_ = -1;
   qreal height_ = 0;
   int anchor_ = 0;  // where the selection began, and where it has come to
   int cursor_ = 0;
-  bool selecting_ = false;
+  bool isSelecting_ = false;
+  std::optional<HeldThumb> heldThumb_;
+  QElapsedTimer sinceDoubleClick_;
+  QPoint doubleClickedAt_;
   QString pressedLink_;
 };
 

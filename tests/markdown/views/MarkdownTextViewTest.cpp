@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QClipboard>
 #include <QDesktopServices>
 #include <QMouseEvent>
 #include <QUrl>
@@ -44,15 +43,18 @@ TEST_F(MarkdownTextViewTest, ThePlainTextHasEveryBlockOnLinesOfItsOwn) {
 }
 
 TEST_F(MarkdownTextViewTest, EveryPrefixOfAStreamLooksAsIfItWereTheWholeText) {
-  const std::string markdown = everyKind;
+  const std::string markdown = std::string(everyKind) + "\n" + std::string(5000, 'w') + " **end** of it";
   for (std::size_t length = 0; length <= markdown.size(); ++length) {
     show(markdown.substr(0, length));
+    if (length > 300 && length % 97 != 0) {
+      continue;
+    }
     MarkdownTextView fresh;
     fresh.setMarkdown(markdown.substr(0, length));
     ASSERT_EQ(fresh.layOut(width), view.layOut(width)) << length;
     ASSERT_EQ(fresh.plainText(), view.plainText()) << length;
     fresh.resize(view.size());
-    if (length % 7 == 0) {
+    if (length % 7 == 0 && (length < 300 || length % 490 == 0)) {
       ASSERT_EQ(fresh.grab().toImage(), view.grab().toImage()) << length;
     }
   }
@@ -77,8 +79,10 @@ TEST_F(MarkdownTextViewTest, ADragSelectsAcrossBlocksAndCopyTakesIt) {
   show("first line\nsecond line");
   drag({0, 2}, {width - 1, view.height() - 2});
   EXPECT_EQ(view.selectedText(), QStringLiteral("first line\nsecond line"));
+  QString copied;
+  QObject::connect(&view, &SelectableTextView::copyRequested, [&](const QString &text) { copied = text; });
   view.copy();
-  EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("first line\nsecond line"));
+  EXPECT_EQ(copied, QStringLiteral("first line\nsecond line"));
 }
 
 TEST_F(MarkdownTextViewTest, ADoubleClickSelectsAWord) {
