@@ -1,5 +1,6 @@
 #include "popup/ConversationView.h"
 
+#include "base/Memory.h"
 #include "markdown/views/MarkdownTextView.h"
 #include "popup/AnswerAnnouncer.h"
 #include "ui/Palette.h"
@@ -23,6 +24,7 @@ constexpr int errorPadding = 8;
 constexpr std::chrono::milliseconds scrollDelay{100};
 constexpr int scrollDuration = 250;  // ms
 constexpr std::chrono::milliseconds dragScrollInterval{30};
+constexpr int largeText = 100'000;  // in UTF-16 units
 constexpr double focusRingWidth = 1.5;
 
 }  // namespace
@@ -108,6 +110,10 @@ ConversationView::Row ConversationView::makeRow(const ConversationMessage &messa
 void ConversationView::connectText(SelectableTextView &text) {
   connect(&text, &SelectableTextView::copyRequested, this, [this](const QString &copied) {
     pasteboard_.setString(copied.toStdString(), PasteboardLifetime::Lasting);
+  });
+  connect(&text, &SelectableTextView::grown, this, [this] {
+    arrange();
+    scheduleScrolling();
   });
   connect(&text, &SelectableTextView::selectionStarted, this, [this, &text] {
     // There is one selection in a conversation.
@@ -242,7 +248,12 @@ void ConversationView::reset() {
   scrolling_.stop();
   dragScrolling_.stop();
   dragged_ = nullptr;
+  const bool wasLarge =
+      std::any_of(rows_.begin(), rows_.end(), [](const Row &row) { return row.text->length() > largeText; });
   rows_.clear();
+  if (wasLarge) {
+    releaseFreedMemory();
+  }
   loadingRow_->hide();
   errorRow_->hide();
   announcer_->reset();

@@ -23,15 +23,15 @@ void BlockView::rowsChanged(std::size_t first) {
   }
 }
 
-void BlockView::layOut(qreal width, const SemanticColors &colors) {
-  const std::size_t count = rowCount();
+bool BlockView::layOut(qreal width, const SemanticColors &colors, std::size_t &budget) {
+  std::size_t count = rowCount();
   if (width_ != width) {
     width_ = width;
     rowsChanged(0);
   }
   changedFrom_ = height_;
   if (firstChanged_ >= count && rows_.size() == count) {
-    return;
+    return true;
   }
   const std::size_t first = std::min({prepareRows(firstChanged_, colors), firstChanged_, rows_.size()});
   rowsChanged(first);
@@ -43,14 +43,21 @@ void BlockView::layOut(qreal width, const SemanticColors &colors) {
     if (const auto extent = knownExtent(index)) {
       row.height = extent->height;
       row.length = extent->length;
-    } else {
+    } else if (budget > 0) {
+      --budget;
       textsOf(index, colors);
+    } else {
+      rows_.resize(index);
+      break;
     }
   }
+  const bool isComplete = rows_.size() == count;
+  count = rows_.size();
   firstChanged_ = count;
   changedFrom_ = first > 0 ? rows_[first - 1].bottom() : 0;
   height_ = std::ceil(rows_.empty() ? 0 : rows_.back().bottom() + bottomPadding());
   setScrollOffset(scrollOffset_);
+  return isComplete;
 }
 
 std::vector<TextFragment> &BlockView::textsOf(std::size_t index, const SemanticColors &colors) {

@@ -28,8 +28,10 @@ public:
   BlockView &operator=(const BlockView &) = delete;
   virtual ~BlockView() = default;
 
-  /// Lays out what has changed since the last layout, or everything for another width.
-  void layOut(qreal width, const SemanticColors &colors);
+  /// Lays out what has changed since the last layout, or everything for another width. Stops when `budget`
+  /// rows have had to be laid out, and takes from it; false when rows are left, which are not there before
+  /// another call.
+  bool layOut(qreal width, const SemanticColors &colors, std::size_t &budget);
   /// Looks everything up again: the colours or the fonts have changed.
   void restyle() { rowsChanged(0); }
   /// In whole points, as of the last layout.

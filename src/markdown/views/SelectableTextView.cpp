@@ -21,13 +21,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace lumiwren {
 namespace {
 
 constexpr qreal blockSpacing = 8;
-constexpr qreal thumbReach = 4;  // how far from a handle a press still takes it
+constexpr std::size_t rowsAtOnce = 300;  // laid out in 10 to 20 ms
+constexpr qreal thumbReach = 4;          // how far from a handle a press still takes it
 
 }  // namespace
 
@@ -36,39 +38,53 @@ SelectableTextView::SelectableTextView(QWidget *parent) : QWidget(parent), color
   setMouseTracking(true);
   setFocusPolicy(Qt::ClickFocus);
   setCursor(Qt::IBeamCursor);
+  rest_.setSingleShot(true);
+  connect(&rest_, &QTimer::timeout, this, [this] {
+    layOutBlocks(tops_.size() - 1, rowsAtOnce);
+    Q_EMIT grown();
+  });
 }
 
 SelectableTextView::~SelectableTextView() = default;
 
 void SelectableTextView::blocksChanged(std::size_t first) {
-  first = std::min(first, tops_.size());
-  tops_.resize(views_.size());
-  starts_.resize(views_.size());
+  layOutBlocks(first, rowsAtOnce);
+}
+
+void SelectableTextView::layOutBlocks(std::size_t first, std::size_t budget) {
+  // The last one that is there may be there in part.
+  first = std::min(first, rest_.isActive() ? tops_.size() - 1 : tops_.size());
   const qreal before = height_;
   qreal changedFrom = first > 0 ? tops_[first - 1] + views_[first - 1]->height() : 0;
+  tops_.resize(first);
+  starts_.resize(first);
+  rest_.stop();
   for (std::size_t index = first; index < views_.size(); ++index) {
     auto &view = *views_[index];
-    if (width_ > 0) {
-      view.layOut(width_, colors_);
-    }
-    tops_[index] = index > 0 ? tops_[index - 1] + views_[index - 1]->height() + blockSpacing : 0;
-    starts_[index] = index > 0 ? starts_[index - 1] + views_[index - 1]->length() + 1 : 0;
+    tops_.push_back(index > 0 ? tops_[index - 1] + views_[index - 1]->height() + blockSpacing : 0);
+    starts_.push_back(index > 0 ? starts_[index - 1] + views_[index - 1]->length() + 1 : 0);
+    const bool isComplete = width_ <= 0 || view.layOut(width_, colors_, budget);
     if (index == first) {
       changedFrom = tops_[index] + view.changedFrom();
     }
+    if (!isComplete) {
+      rest_.start();
+      break;
+    }
   }
-  height_ = views_.empty() ? 0 : tops_.back() + views_.back()->height();
-  const int end = length();
-  anchor_ = std::min(anchor_, end);
-  cursor_ = std::min(cursor_, end);
+  height_ = tops_.empty() ? 0 : tops_.back() + views_[tops_.size() - 1]->height();
+  anchor_ = std::min(anchor_, length());
+  cursor_ = std::min(cursor_, length());
   const auto top = static_cast<int>(changedFrom);
   update(0, top, width(), static_cast<int>(std::max(before, height_)) - top);
 }
 
 int SelectableTextView::layOut(int width) {
   if (width_ != width) {
+    // What is there already stays there: a text that came and went while its width changes could not be read.
+    const bool isNew = width_ <= 0;
     width_ = width;
-    blocksChanged(0);
+    layOutBlocks(0, isNew ? rowsAtOnce : std::numeric_limits<std::size_t>::max());
   }
   return static_cast<int>(height_);
 }
@@ -80,7 +96,7 @@ int SelectableTextView::heightForWidth(int width) const {
 
 QString SelectableTextView::plainText() const {
   QString text;
-  for (std::size_t index = 0; index < views_.size(); ++index) {
+  for (std::size_t index = 0; index < tops_.size(); ++index) {
     if (index > 0) {
       text += QLatin1Char('\n');
     }
@@ -90,7 +106,7 @@ QString SelectableTextView::plainText() const {
 }
 
 int SelectableTextView::length() const {
-  return starts_.empty() ? 0 : starts_.back() + views_.back()->length();
+  return starts_.empty() ? 0 : starts_.back() + views_[starts_.size() - 1]->length();
 }
 
 int SelectableTextView::selectionStart() const {
@@ -180,8 +196,8 @@ void SelectableTextView::paintEvent(QPaintEvent *event) {
   painter.setRenderHint(QPainter::Antialiasing);
   const QRectF exposed = event->rect();
   const FragmentPainting painting{painter, colors_, exposed, selectionStart(), selectionEnd()};
-  for (std::size_t index = blockAt(exposed.top()).value_or(views_.size());
-       index < views_.size() && tops_[index] < exposed.bottom(); ++index) {
+  for (std::size_t index = blockAt(exposed.top()).value_or(0);
+       index < tops_.size() && tops_[index] < exposed.bottom(); ++index) {
     const QPointF origin(0, tops_[index]);
     painter.translate(origin);
     views_[index]->paint(painting.forPart(origin, starts_[index]));

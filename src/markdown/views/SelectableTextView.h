@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QPoint>
 #include <QString>
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -15,7 +16,8 @@ namespace lumiwren {
 
 /// Blocks of text stacked, as one text that can be selected with the mouse, copied, and read by assistive
 /// technology. As high as it needs to be at the width that it has; laid out again only where something has
-/// changed.
+/// changed. Of a text that is very long when it comes, only the beginning is there at once; the rest follows
+/// part by part, so that the program stays responsive.
 class SelectableTextView : public QWidget {
   Q_OBJECT
 
@@ -27,6 +29,8 @@ public:
   QString plainText() const;
   /// Of plainText(), in UTF-16 units, as all positions.
   int length() const;
+  /// Whether all of the text is there; else the rest follows, with a grown() for each part.
+  bool isComplete() const { return !rest_.isActive(); }
   /// The height at a width; lays out for it.
   int layOut(int width);
 
@@ -53,6 +57,8 @@ public:
   QRect characterRect(int position) const;
 
 Q_SIGNALS:
+  /// More of a long text is laid out: the view needs more height.
+  void grown();
   void copyRequested(const QString &text);
   /// A selection has begun here.
   void selectionStarted();
@@ -90,10 +96,12 @@ private:
   std::optional<std::size_t> thumbAt(QPoint point) const;
   void selectLineAt(int position);
   void publishSelection() const;
+  /// Lays out from a block on, as many rows as the budget allows.
+  void layOutBlocks(std::size_t first, std::size_t budget);
   void scrollBlock(std::size_t index, qreal offset);
 
   std::vector<std::unique_ptr<BlockView>> views_;
-  std::vector<qreal> tops_;  // of each block
+  std::vector<qreal> tops_;  // of each block that is laid out, if only in part
   std::vector<int> starts_;  // likewise, of each in the plain text
   SemanticColors colors_;
   QString told_;  // what assistive technology was told of
@@ -103,6 +111,7 @@ private:
   int cursor_ = 0;
   bool isSelecting_ = false;
   std::optional<HeldThumb> heldThumb_;
+  QTimer rest_;  // runs while there is more to lay out
   QElapsedTimer sinceDoubleClick_;
   QPoint doubleClickedAt_;
   QString pressedLink_;

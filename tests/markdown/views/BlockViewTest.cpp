@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,7 +27,8 @@ public:
   explicit Block(const std::string &markdown, qreal blockWidth = width) : document_(markdown) {
     EXPECT_EQ(document_.blocks().size(), 1U);
     view_ = MarkdownBlockView::make(document_.blocks().at(0));
-    view_->layOut(blockWidth, colors_);
+    std::size_t budget = std::numeric_limits<std::size_t>::max();
+    EXPECT_TRUE(view_->layOut(blockWidth, colors_, budget));
   }
   BlockView *operator->() { return view_.get(); }
   std::vector<std::string> lines() const {

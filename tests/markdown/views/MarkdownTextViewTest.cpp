@@ -106,6 +106,48 @@ TEST_F(MarkdownTextViewTest, SelectAllTakesEverything) {
   EXPECT_EQ(view.selectedText(), view.plainText());
 }
 
+TEST_F(MarkdownTextViewTest, AVeryLongTextIsThereInPartAtOnceAndThenInFull) {
+  std::string markdown;
+  for (int line = 0; line < 1000; ++line) {
+    markdown += "line " + std::to_string(line) + "\n- item a\n- item b\n";
+  }
+  show(markdown);
+  EXPECT_TRUE(view.plainText().startsWith(QStringLiteral("line 0\n\u2022 item a\n\u2022 item b\nline 1\n")));
+  EXPECT_LT(view.plainText().size(), 10'000);
+  // More may come before the rest is laid out.
+  show(markdown + "the end");
+  int height = view.layOut(width);
+  EXPECT_FALSE(view.isComplete());
+  while (!view.isComplete()) {
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    ASSERT_GE(view.layOut(width), height);
+    height = view.layOut(width);
+  }
+  EXPECT_EQ(view.plainText().count(QLatin1Char('\n')), 3000);
+  EXPECT_TRUE(view.plainText().endsWith(QStringLiteral("item b\nthe end")));
+  EXPECT_NEAR(view.characterRect(view.length() - 1).bottom(), height, 1);
+}
+
+TEST_F(MarkdownTextViewTest, AThirdClickSelectsTheLine) {
+  show("first line\nsecond line here");
+  const QPoint place = view.characterRect(14).center();
+  mouse(QEvent::MouseButtonDblClick, place);
+  mouse(QEvent::MouseButtonRelease, place);
+  mouse(QEvent::MouseButtonPress, place);
+  mouse(QEvent::MouseButtonRelease, place);
+  EXPECT_EQ(view.selectedText(), QStringLiteral("second line here"));
+}
+
+TEST_F(MarkdownTextViewTest, AChunkTouchesOnlyTheLastBlock) {
+  std::string markdown = everyKind;
+  show(markdown);
+  for (const char *more : {"\n| 3", " | 4 |", "\n\nA par", "agraph"}) {
+    markdown += more;
+    show(markdown);
+    EXPECT_LE(view.touchedBlocks(), 1U) << more;
+  }
+}
+
 class Opener : public QObject {
   Q_OBJECT
 public:
