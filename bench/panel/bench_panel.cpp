@@ -168,22 +168,31 @@ void measureRefresh() {
   Row{"refresh-p99", worst, "ms", "absolute", 1, 4, worst}.print();
 }
 
+/// Notes how long the event loop does other things at a time, while it lives.
+class Holds {
+public:
+  Holds() {
+    QObject::connect(&beat_, &QTimer::timeout, [this] {
+      const auto now = std::chrono::steady_clock::now();
+      times_.push_back(std::chrono::duration<double, std::milli>(now - last_).count());
+      last_ = now;
+    });
+    beat_.start(0);
+  }
+  const std::vector<double> &times() const { return times_; }
+
+private:
+  QTimer beat_;
+  std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+  std::vector<double> times_;
+};
+
 /// The longest time for which the event loop does nothing else while chunks come as fast as they are taken.
 void measureHold() {
   constexpr std::size_t chunks = 5'000;
   Panel panel;
   const std::string text = bench::chatAnswer(chunks * chunkSize);
-  std::vector<double> holds;
-  auto last = std::chrono::steady_clock::now();
-  QTimer beat;
-  QObject::connect(&beat, &QTimer::timeout, [&] {
-    const auto now = std::chrono::steady_clock::now();
-    holds.push_back(std::chrono::duration<double, std::milli>(now - last).count());
-    last = now;
-  });
-  beat.start(0);
-  QApplication::processEvents();
-  holds.clear();
+  const Holds holds;
   std::thread stream([&] {
     for (std::size_t index = 1; index <= chunks; ++index) {
       std::promise<void> taken;
@@ -196,7 +205,9 @@ void measureHold() {
   });
   QApplication::exec();
   stream.join();
-  Row{"main-hold", bench::quantile(holds, 1), "ms", "absolute", 1, 16, bench::quantile(holds, 0.99)}.print();
+  Row{"main-hold", bench::quantile(holds.times(), 1),   "ms", "absolute", 1,
+      16,          bench::quantile(holds.times(), 0.99)}
+      .print();
 }
 
 double residentMegabytes() {
@@ -216,12 +227,12 @@ void measureMegabyte() {
   const std::string text = bench::chatAnswer(1'000'000);
   auto *const bar = panel.conversation().verticalScrollBar();
   panel.controller.updateContent("What the user selected", text, false, std::nullopt);
-  std::vector<double> holds;
+  const Holds holds;
   do {
-    holds.push_back(bench::milliseconds([] { QApplication::processEvents(); }));
-    holds.push_back(bench::milliseconds([&] { bar->setValue(bar->maximum()); }));
+    QApplication::processEvents();
+    bar->setValue(bar->maximum());
   } while (!panel.answer() || panel.answer()->length() == 0 || !panel.answer()->isComplete());
-  Row{"megabyte-hold", bench::quantile(holds, 1), "ms", "absolute", 1, 100, std::nullopt}.print();
+  Row{"megabyte-hold", bench::quantile(holds.times(), 1), "ms", "absolute", 1, 100, std::nullopt}.print();
   Row{"megabyte-memory", residentMegabytes() - before, "MB more", "absolute", 1, 100, std::nullopt}.print();
   panel.close();
   Row{"megabyte-closed", residentMegabytes() - before, "MB more", "absolute", 1, 10, std::nullopt}.print();

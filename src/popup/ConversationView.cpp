@@ -103,7 +103,6 @@ ConversationView::Row ConversationView::makeRow(const ConversationMessage &messa
     row.view = std::move(answer);
   }
   connectText(*row.text);
-  row.view->show();
   return row;
 }
 
@@ -181,6 +180,7 @@ void ConversationView::arrange() {
   }
   for (const auto &row : rows_) {
     place(*row.view);
+    row.view->show();  // Not before it has its width, for which it is laid out.
   }
   if (errorRow_->isVisibleTo(content_)) {
     place(*errorRow_);
