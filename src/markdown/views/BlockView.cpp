@@ -65,6 +65,7 @@ std::vector<TextFragment> &BlockView::textsOf(std::size_t index, const SemanticC
   if (!row.texts) {
     row.texts = std::make_unique<std::vector<TextFragment>>();
     row.isCurrent = false;
+    isLetGo_ = false;
     recent_.add(index, [this](std::size_t old) {
       if (old < rows_.size()) {
         rows_[old].texts.reset();
@@ -81,6 +82,14 @@ std::vector<TextFragment> &BlockView::textsOf(std::size_t index, const SemanticC
     row.isCurrent = true;
   }
   return *row.texts;
+}
+
+void BlockView::letGo() {
+  for (auto &row : rows_) {
+    row.texts.reset();
+  }
+  recent_.clear();
+  isLetGo_ = true;
 }
 
 QString BlockView::plainText() const {

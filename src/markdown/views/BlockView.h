@@ -34,6 +34,9 @@ public:
   bool layOut(qreal width, const SemanticColors &colors, std::size_t &budget);
   /// Looks everything up again: the colours or the fonts have changed.
   void restyle() { rowsChanged(0); }
+  /// Lets go of all that is laid out; it is made again when it is looked at.
+  void letGo();
+  bool isLetGo() const { return isLetGo_; }
   /// In whole points, as of the last layout.
   qreal height() const { return height_; }
   /// Above this, nothing looks other than before the last change.
@@ -112,6 +115,7 @@ private:
 
   std::vector<Row> rows_;
   Recent recent_{128};  // rows that have texts
+  bool isLetGo_ = true;
   std::size_t firstChanged_ = 0;
   qreal width_ = -1;
   qreal height_ = 0;

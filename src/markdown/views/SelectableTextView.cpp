@@ -63,7 +63,11 @@ void SelectableTextView::layOutBlocks(std::size_t first, std::size_t budget) {
     auto &view = *views_[index];
     tops_.push_back(index > 0 ? tops_[index - 1] + views_[index - 1]->height() + blockSpacing : 0);
     starts_.push_back(index > 0 ? starts_[index - 1] + views_[index - 1]->length() + 1 : 0);
+    const bool wasLetGo = view.isLetGo();
     const bool isComplete = width_ <= 0 || view.layOut(width_, colors_, budget);
+    if (wasLetGo && !view.isLetGo()) {
+      keepRecent(index);
+    }
     if (index == first) {
       changedFrom = tops_[index] + view.changedFrom();
     }
@@ -77,6 +81,14 @@ void SelectableTextView::layOutBlocks(std::size_t first, std::size_t budget) {
   cursor_ = std::min(cursor_, length());
   const auto top = static_cast<int>(changedFrom);
   update(0, top, width(), static_cast<int>(std::max(before, height_)) - top);
+}
+
+void SelectableTextView::keepRecent(std::size_t index) {
+  recent_.add(index, [this](std::size_t old) {
+    if (old < views_.size()) {
+      views_[old]->letGo();
+    }
+  });
 }
 
 int SelectableTextView::layOut(int width) {
@@ -199,6 +211,9 @@ void SelectableTextView::paintEvent(QPaintEvent *event) {
   for (std::size_t index = blockAt(exposed.top()).value_or(0);
        index < tops_.size() && tops_[index] < exposed.bottom(); ++index) {
     const QPointF origin(0, tops_[index]);
+    if (views_[index]->isLetGo()) {
+      keepRecent(index);
+    }
     painter.translate(origin);
     views_[index]->paint(painting.forPart(origin, starts_[index]));
     painter.translate(-origin);

@@ -98,11 +98,14 @@ private:
   void publishSelection() const;
   /// Lays out from a block on, as many rows as the budget allows.
   void layOutBlocks(std::size_t first, std::size_t budget);
+  /// Of a long text only the blocks that were looked at last keep what is laid out.
+  void keepRecent(std::size_t index);
   void scrollBlock(std::size_t index, qreal offset);
 
   std::vector<std::unique_ptr<BlockView>> views_;
   std::vector<qreal> tops_;  // of each block that is laid out, if only in part
   std::vector<int> starts_;  // likewise, of each in the plain text
+  Recent recent_{256};       // blocks that are not let go
   SemanticColors colors_;
   QString told_;  // what assistive technology was told of
   qreal width_ = -1;
