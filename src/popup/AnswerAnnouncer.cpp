@@ -1,9 +1,5 @@
 #include "popup/AnswerAnnouncer.h"
 
-#include "markdown/views/SelectableTextView.h"
-#include "ui/Announcement.h"
-
-#include <QAccessible>
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
@@ -15,9 +11,6 @@ void AnswerAnnouncer::update(SelectableTextView *answer, bool isGrowing, const Q
     answer_ = answer;
     announced_ = 0;
   }
-  if (!QAccessible::isActive()) {
-    return;
-  }
   if (answer_) {
     const QString text = answer_->plainText();
     // What was announced may have become shorter: markup is text until its other half has come.
@@ -27,17 +20,19 @@ void AnswerAnnouncer::update(SelectableTextView *answer, bool isGrowing, const Q
     if (end > 0) {
       announced_ += end;
       answer_->tellAssistiveTechnology(announced_);
-      announce(source_, rest.left(end).trimmed());
+      speak_(rest.left(end).trimmed());
     }
   }
   if (error != error_) {
     error_ = error;
-    announce(source_, error_);
+    if (!error_.isEmpty()) {
+      speak_(error_);
+    }
   }
 }
 
 void AnswerAnnouncer::reset() {
-  answer_ = nullptr;
+  answer_.clear();
   announced_ = 0;
   error_.clear();
 }

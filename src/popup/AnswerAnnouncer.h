@@ -1,17 +1,21 @@
 #pragma once
 
+#include "markdown/views/SelectableTextView.h"
+
+#include <QPointer>
 #include <QString>
-#include <QWidget>
+
+#include <functional>
+#include <utility>
 
 namespace lumiwren {
-
-class SelectableTextView;
 
 /// Tells assistive technology of an answer while it grows: whole sentences, each once, and of a failure.
 class AnswerAnnouncer {
 public:
-  /// Speaks for a part of a window.
-  explicit AnswerAnnouncer(QWidget &source) : source_(source) {}
+  using Speak = std::function<void(const QString &text)>;
+
+  explicit AnswerAnnouncer(Speak speak) : speak_(std::move(speak)) {}
 
   /// The answer that is last in the conversation, if any; whether more of it comes; the failure, if any.
   void update(SelectableTextView *answer, bool isGrowing, const QString &error);
@@ -22,8 +26,8 @@ public:
   static int endOfSentences(const QString &text);
 
 private:
-  QWidget &source_;
-  SelectableTextView *answer_ = nullptr;
+  const Speak speak_;
+  QPointer<SelectableTextView> answer_;
   int announced_ = 0;  // in the answer's plain text
   QString error_;
 };

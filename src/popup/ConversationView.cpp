@@ -2,10 +2,11 @@
 
 #include "base/Memory.h"
 #include "markdown/views/MarkdownTextView.h"
-#include "popup/AnswerAnnouncer.h"
+#include "ui/Announcement.h"
 #include "ui/Palette.h"
 #include "ui/ThinScrollBar.h"
 
+#include <QAccessible>
 #include <QCursor>
 #include <QEvent>
 #include <QKeyEvent>
@@ -36,7 +37,7 @@ ConversationView::ConversationView(Pasteboard &pasteboard, MainQueue &mainQueue,
       content_(new QWidget),
       loadingRow_(new LoadingRow(content_)),
       errorRow_(new ErrorRow(content_)),
-      announcer_(std::make_unique<AnswerAnnouncer>(*this)) {
+      announcer_([this](const QString &text) { announce(*this, text); }) {
   setAccessibleName(QStringLiteral("Conversation"));
   setFrameShape(QFrame::NoFrame);
   setFocusPolicy(Qt::TabFocus);
@@ -81,8 +82,10 @@ void ConversationView::setState(const PopupState &state) {
   }
   errorRow_->setVisible(showsError);
   arrange();
-  announcer_->update(messages.empty() || messages.back().isUser() ? nullptr : rows_.back().text,
-                     state.isLoading(), showsError ? QString::fromStdString(*state.error()) : QString());
+  if (QAccessible::isActive()) {
+    announcer_.update(messages.empty() || messages.back().isUser() ? nullptr : rows_.back().text,
+                      state.isLoading(), showsError ? QString::fromStdString(*state.error()) : QString());
+  }
   if (!isNew_ && (lastChanged || state.isLoading() != wasLoading_)) {
     scheduleScrolling();
   }
@@ -256,7 +259,7 @@ void ConversationView::reset() {
   }
   loadingRow_->hide();
   errorRow_->hide();
-  announcer_->reset();
+  announcer_.reset();
   isNew_ = true;
   isFollowing_ = true;
   hasChangedSince_ = false;
@@ -318,7 +321,7 @@ void ConversationView::scheduleScrolling() {
 
 void ConversationView::scrollToBottom() {
   auto *const bar = verticalScrollBar();
-  if (scrolling_.state() == QAbstractAnimation::Running || bar->value() == bar->maximum()) {
+  if (isScrolling() || bar->value() == bar->maximum()) {
     return;
   }
   scrolling_.disconnect(this);

@@ -4,6 +4,7 @@
 #include "base/UUID.h"
 #include "base/Weak.h"
 #include "platform/Pasteboard.h"
+#include "popup/AnswerAnnouncer.h"
 #include "popup/ConversationRows.h"
 #include "popup/PopupState.h"
 
@@ -19,7 +20,6 @@
 namespace lumiwren {
 
 class MarkdownTextView;
-class AnswerAnnouncer;
 
 /// The scrolling conversation: answers, bubbles, and the loading or error row. Follows what is new at the
 /// bottom, unless the user has scrolled away from there.
@@ -36,6 +36,8 @@ public:
   void reset();
   /// Copies what is selected in any of the turns; false when nothing is.
   bool copySelection();
+  /// Whether it moves towards what is new.
+  bool isScrolling() const { return scrolling_.state() == QAbstractAnimation::Running; }
 
 protected:
   bool event(QEvent *event) override;
@@ -67,7 +69,7 @@ private:
   LoadingRow *loadingRow_;
   ErrorRow *errorRow_;
   std::vector<Row> rows_;
-  std::unique_ptr<AnswerAnnouncer> announcer_;
+  AnswerAnnouncer announcer_;
   bool isNew_ = true;        // nothing has been shown since reset()
   bool isFollowing_ = true;  // what is new at the bottom
   bool wasLoading_ = false;
