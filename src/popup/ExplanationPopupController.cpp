@@ -7,6 +7,8 @@
 #include "popup/ExplanationPopupView.h"
 #include "popup/KeyablePanel.h"
 
+#include <QApplication>
+
 #include <exception>
 #include <stop_token>
 #include <utility>
@@ -189,7 +191,9 @@ void ExplanationPopupController::setupDismissalMonitoring() {
       });
   localEventMonitor_ =
       eventMonitors_.addLocalMonitor(eventMask::keyDown, [weak = weak_.weak()](const InputEvent &event) {
-        if (auto *const self = weak.get(); self && event.keyCode == keyCode::escape) {
+        // An open menu is what Escape closes first.
+        auto *const self = weak.get();
+        if (self && event.keyCode == keyCode::escape && !QApplication::activePopupWidget()) {
           self->dismiss();
           return LocalEventResult::Consume;
         }

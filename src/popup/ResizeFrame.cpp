@@ -4,12 +4,13 @@
 #include <QRegion>
 
 #include <algorithm>
+#include <cmath>
 
 namespace lumiwren {
 namespace {
 
-constexpr int thickness = 5;
-constexpr int cornerLength = 16;
+constexpr int cornerLength = 16;  // from the panel's outline inwards
+constexpr int largestStep = 8;    // scale factors come in eighths at the finest
 
 Qt::CursorShape cursorFor(Qt::Edges edges) {
   const bool horizontal = edges & (Qt::LeftEdge | Qt::RightEdge);
@@ -46,11 +47,32 @@ QRect ResizeFrame::resized(const QRect &geometry, Qt::Edges edges, QPoint distan
   return result;
 }
 
+int ResizeFrame::wholePixelStep(qreal scale) {
+  for (int step = 1; step <= largestStep; ++step) {
+    if (const qreal pixels = step * scale; std::abs(pixels - std::round(pixels)) < 1e-6) {
+      return step;
+    }
+  }
+  return 1;
+}
+
+void ResizeFrame::setReach(int outside, int inside) {
+  outside_ = outside;
+  inside_ = inside;
+}
+
+void ResizeFrame::surround(const QRect &panel) {
+  setGeometry(panel.adjusted(-outside_, -outside_, outside_, outside_));
+  const int thickness = outside_ + inside_;
+  setMask(QRegion(rect()).subtracted(rect().adjusted(thickness, thickness, -thickness, -thickness)));
+}
+
 Qt::Edges ResizeFrame::edgesAt(QPoint point) const {
+  const int thickness = outside_ + inside_;
   // A corner is longer than an edge is thick, or it could hardly be hit.
-  const auto near = [](int distance, int along, int length) {
+  const auto near = [&](int distance, int along, int length) {
     return distance < thickness ||
-           (distance < cornerLength && (along < thickness || along >= length - thickness));
+           (distance < outside_ + cornerLength && (along < thickness || along >= length - thickness));
   };
   Qt::Edges edges;
   edges.setFlag(Qt::LeftEdge, near(point.x(), point.y(), height()));
@@ -60,30 +82,30 @@ Qt::Edges ResizeFrame::edgesAt(QPoint point) const {
   return edges;
 }
 
-void ResizeFrame::resizeEvent(QResizeEvent *event) {
-  setMask(QRegion(rect()).subtracted(rect().adjusted(thickness, thickness, -thickness, -thickness)));
-  QWidget::resizeEvent(event);
-}
-
 void ResizeFrame::mousePressEvent(QMouseEvent *event) {
   if (event->button() == Qt::LeftButton) {
     held_ = edgesAt(event->position().toPoint());
-    heldAt_ = event->globalPosition().toPoint();
+    heldAt_ = event->globalPosition();
     heldGeometry_ = window()->geometry();
   }
 }
 
 void ResizeFrame::mouseMoveEvent(QMouseEvent *event) {
-  if (held_) {
-    window()->setGeometry(resized(heldGeometry_, held_, event->globalPosition().toPoint() - heldAt_,
-                                  window()->minimumSize(), window()->maximumSize()));
-  } else {
+  if (!event->buttons().testFlag(Qt::LeftButton)) {
+    letGo();  // The release went to somebody else.
     setCursor(cursorFor(edgesAt(event->position().toPoint())));
+  } else if (held_) {
+    const int step = wholePixelStep(devicePixelRatioF());
+    const QPoint distance = ((event->globalPosition() - heldAt_) / step).toPoint() * step;
+    window()->setGeometry(
+        resized(heldGeometry_, held_, distance, window()->minimumSize(), window()->maximumSize()));
   }
 }
 
-void ResizeFrame::mouseReleaseEvent(QMouseEvent * /*event*/) {
-  held_ = {};
+void ResizeFrame::mouseReleaseEvent(QMouseEvent *event) {
+  if (event->button() == Qt::LeftButton) {
+    letGo();
+  }
 }
 
 }  // namespace lumiwren
