@@ -32,8 +32,9 @@ struct WindowForm {
     friend bool operator==(const Shadow &, const Shadow &) = default;
   };
 
-  std::vector<WindowPart> visible;    // the rest is cut off; all of the window when empty
-  std::vector<WindowPart> clickable;  // clicks on the rest go to what lies below; all that is visible when empty
+  std::vector<WindowPart> visible;  // the rest is cut off; all of the window when empty
+  std::vector<WindowPart>
+      clickable;  // clicks on the rest go to what lies below; all that is visible when empty
   Shadow shadow;
   friend bool operator==(const WindowForm &, const WindowForm &) = default;
 };

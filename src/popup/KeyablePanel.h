@@ -19,9 +19,9 @@ class ResizeFrame;
 
 /// A floating panel: above everything, on every desktop, and without the keyboard until something in it asks
 /// for that. Moved by its background, resized by its edges. Made once and shown many times; each showing is
-/// that of a new panel. Where a compositor runs it has a shadow, for which its window is larger than the panel
-/// by a margin; places and sizes are the panel's, unless they are said to be the window's. Where none runs, or
-/// it ends, the panel is opaque and its corners are cut.
+/// that of a new panel. Where a compositor runs it has a shadow, for which its window is larger than the
+/// panel by a margin; places and sizes are the panel's, unless they are said to be the window's. Where none
+/// runs, or it ends, the panel is opaque and its corners are cut.
 class KeyablePanel : public QWidget {
   Q_OBJECT
 

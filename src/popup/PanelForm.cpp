@@ -21,8 +21,7 @@ WindowForm roundedForm(QSize window, double cornerRadius) {
 }
 
 WindowForm shadowedForm(QSize window, const QMargins &shadow, int grip) {
-  const QRect clickable =
-      QRect(QPoint(), window).marginsRemoved(shadow).adjusted(-grip, -grip, grip, grip);
+  const QRect clickable = QRect(QPoint(), window).marginsRemoved(shadow).adjusted(-grip, -grip, grip, grip);
   return {.visible = {},
           .clickable = {{clickable.x(), clickable.y(), clickable.width(), clickable.height()}},
           .shadow = {shadow.left(), shadow.top(), shadow.right(), shadow.bottom()}};

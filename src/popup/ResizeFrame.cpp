@@ -9,8 +9,11 @@
 namespace lumiwren {
 namespace {
 
-constexpr int cornerLength = 16;  // from the panel's outline inwards
-constexpr int largestStep = 8;    // scale factors come in eighths at the finest
+// From the panel's outline inwards: how long a corner is along the edges, or it could hardly be hit, and how
+// deep, because a round corner is not where the edges would meet.
+constexpr int cornerLength = 16;
+constexpr int cornerDepth = 8;
+constexpr int largestStep = 8;  // scale factors come in eighths at the finest
 
 Qt::CursorShape cursorFor(Qt::Edges edges) {
   const bool horizontal = edges & (Qt::LeftEdge | Qt::RightEdge);
@@ -64,15 +67,21 @@ void ResizeFrame::setReach(int outside, int inside) {
 void ResizeFrame::surround(const QRect &panel) {
   setGeometry(panel.adjusted(-outside_, -outside_, outside_, outside_));
   const int thickness = outside_ + inside_;
-  setMask(QRegion(rect()).subtracted(rect().adjusted(thickness, thickness, -thickness, -thickness)));
+  const int corner = outside_ + cornerDepth;
+  const QRect inner = rect().adjusted(thickness, thickness, -thickness, -thickness);
+  // Nothing but the corners is outside both of these.
+  const QRegion cross =
+      QRegion(rect().adjusted(corner, 0, -corner, 0)) + rect().adjusted(0, corner, 0, -corner);
+  setMask(QRegion(rect()) - (cross & inner));
 }
 
 Qt::Edges ResizeFrame::edgesAt(QPoint point) const {
   const int thickness = outside_ + inside_;
-  // A corner is longer than an edge is thick, or it could hardly be hit.
+  const int corner = outside_ + cornerDepth;
   const auto near = [&](int distance, int along, int length) {
-    return distance < thickness ||
-           (distance < outside_ + cornerLength && (along < thickness || along >= length - thickness));
+    const int alongFromCorner = std::min(along, length - 1 - along);
+    return distance < thickness || (distance < outside_ + cornerLength && alongFromCorner < thickness) ||
+           (distance < corner && alongFromCorner < corner);
   };
   Qt::Edges edges;
   edges.setFlag(Qt::LeftEdge, near(point.x(), point.y(), height()));

@@ -14,8 +14,8 @@ namespace lumiwren {
 
 namespace {
 
-/// What a frame drawn by the window itself reaches beyond the window proper, as GTK and, after it, compositors
-/// and screenshot programs know it.
+/// What a frame drawn by the window itself reaches beyond the window proper, as GTK and, after it,
+/// compositors and screenshot programs know it.
 constexpr std::string_view frameExtentsName = "_GTK_FRAME_EXTENTS";
 
 }  // namespace
@@ -64,8 +64,8 @@ void X11PanelWindows::connect() {
 }
 
 void X11PanelWindows::note(const xcb_generic_event_t &event) {
-  compositorHasChanged_ |= xfixesFirstEvent_ != 0 && (event.response_type & 0x7f) ==
-                                                         xfixesFirstEvent_ + XCB_XFIXES_SELECTION_NOTIFY;
+  compositorHasChanged_ |= xfixesFirstEvent_ != 0 &&
+                           (event.response_type & 0x7f) == xfixesFirstEvent_ + XCB_XFIXES_SELECTION_NOTIFY;
 }
 
 void X11PanelWindows::readEvents() {
@@ -108,8 +108,8 @@ void X11PanelWindows::setForm(NativeWindow window, const WindowForm &form) {
   } else {
     const auto &[left, top, right, bottom] = form.shadow;
     const std::array<std::int32_t, 4> extents{left, right, top, bottom};
-    xcb_change_property(toolkit_, XCB_PROP_MODE_REPLACE, xWindow, frameExtents_, XCB_ATOM_CARDINAL,
-                        32, extents.size(), extents.data());
+    xcb_change_property(toolkit_, XCB_PROP_MODE_REPLACE, xWindow, frameExtents_, XCB_ATOM_CARDINAL, 32,
+                        extents.size(), extents.data());
   }
   xcb_flush(toolkit_);
 }
