@@ -251,7 +251,8 @@ bool ExplanationPopupView::eventFilter(QObject *watched, QEvent *event) {
 
 bool ExplanationPopupView::focusNextPrevChild(bool next) {
   // Texts in the conversation take the focus by a click; the keyboard goes on from the conversation.
-  if (conversation_->isAncestorOf(window()->focusWidget())) {
+  const auto *const focused = window()->focusWidget();
+  if (focused != conversation_ && conversation_->isAncestorOf(focused)) {
     conversation_->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     if (!next) {
       return true;
