@@ -111,20 +111,36 @@ TEST_F(PanelKeyboard, TabGoesOnFromAClickedAnswerAsFromTheConversation) {
   EXPECT_EQ(focusedAfter(2, Qt::Key_Backtab), (Names{"Conversation", "Close"}));
 }
 
-TEST_F(PanelKeyboard, SpaceAndReturnPressTheFocusedButton) {
-  for (const auto key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
-    showAnswer();
-    const auto before = pasteboard.puts().size();
-    button("Copy Result").setFocus();
-    press(key);
-    EXPECT_EQ(pasteboard.puts().size(), before + 1);
-    button("Close").setFocus();
-    press(key);
-    queue.runPending();
-    EXPECT_FALSE(controller.panel());
-    QCoreApplication::processEvents();  // The platform takes the keyboard back.
-  }
+class PanelKeyboardKeys : public PanelKeyboard, public ::testing::WithParamInterface<Qt::Key> {};
+
+class PressingKeys : public PanelKeyboardKeys {};
+
+TEST_P(PressingKeys, PressTheFocusedButton) {
+  showAnswer();
+  button("Copy Result").setFocus();
+  press(GetParam());
+  EXPECT_EQ(pasteboard.puts().size(), 1U);
+  button("Close").setFocus();
+  press(GetParam());
+  queue.runPending();
+  EXPECT_FALSE(controller.panel());
 }
+
+INSTANTIATE_TEST_SUITE_P(All, PressingKeys, ::testing::Values(Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter));
+
+class SendingKeys : public PanelKeyboardKeys {};
+
+TEST_P(SendingKeys, SendTheQuestion) {
+  showAnswer();
+  http.expect(200, {"data: [DONE]\n\n"});
+  type(QStringLiteral("why"));
+  press(GetParam());
+  ASSERT_EQ(history().size(), 3U);
+  EXPECT_EQ(history()[1].content, "why");
+  ASSERT_TRUE(runUntil([&] { return !state().isLoading(); }));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SendingKeys, ::testing::Values(Qt::Key_Return, Qt::Key_Enter));
 
 TEST_F(PanelKeyboard, TheFocusIsSeenOnEveryControlButTheField) {
   showAnswer();
@@ -156,22 +172,6 @@ TEST_F(PanelKeyboard, TheConversationIsScrolledByItsKeys) {
   EXPECT_GT(page, 0);
   press(Qt::Key_Up);
   EXPECT_LT(conversation.verticalScrollBar()->value(), page);
-}
-
-TEST_F(PanelKeyboard, ReturnAndTheKeypadsEnterSend) {
-  for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
-    showAnswer();
-    const auto before = history().size();
-    http.expect(200, {"data: [DONE]\n\n"});
-    type(QStringLiteral("why"));
-    press(key);
-    EXPECT_EQ(history().size(), before + 2);
-    EXPECT_EQ(history().at(before).content, "why");
-    ASSERT_TRUE(runUntil([&] { return !state().isLoading(); }));
-    controller.dismiss();
-    queue.runPending();
-    QCoreApplication::processEvents();
-  }
 }
 
 TEST_F(PanelKeyboard, TypingGoesOnAfterTheAnswer) {
