@@ -64,11 +64,12 @@ ExplanationPopupView::ExplanationPopupView(PopupState &state, Pasteboard &pasteb
                                            Callbacks callbacks)
     : state_(state), pasteboard_(pasteboard), mainQueue_(mainQueue), callbacks_(std::move(callbacks)) {
   setMinimumSize(300, 200);
-  conversation_ = new ConversationView(mainQueue_, this);
   auto *const stack = new QVBoxLayout(this);
   stack->setContentsMargins(0, 0, 0, 0);
   stack->setSpacing(0);
+  // In the order in which they are read aloud.
   header_ = makeHeader();
+  conversation_ = new ConversationView(mainQueue_, this);
   followUpRow_ = makeFollowUpRow();
   stack->addWidget(header_);
   stack->addSpacing(1);  // a divider
@@ -118,6 +119,7 @@ QWidget *ExplanationPopupView::makeFollowUpRow() {
   followUpField_->setAccessibleName(QStringLiteral("Follow-up question"));
   connect(followUpField_, &QLineEdit::textChanged, this, &ExplanationPopupView::updateSending);
   connect(followUpField_, &QLineEdit::returnPressed, this, &ExplanationPopupView::sendFollowUp);
+  auto *const frame = new FollowUpFieldFrame(followUpField_, container);
   sendButton_ = new SymbolButton(
       QStringLiteral("arrow.up.circle.fill"), 22, QStringLiteral("Send"),
       [this](const SemanticColors &colors) {
@@ -126,7 +128,7 @@ QWidget *ExplanationPopupView::makeFollowUpRow() {
       container);
   sendButton_->setAutoDefault(true);
   connect(sendButton_, &QPushButton::clicked, this, &ExplanationPopupView::sendFollowUp);
-  row->addWidget(new FollowUpFieldFrame(followUpField_, container), 1);
+  row->addWidget(frame, 1);
   row->addItem(new SymbolItem(sendButton_));
   return container;
 }
