@@ -99,9 +99,10 @@ def test_without_a_compositor_the_corners_are_cut_and_the_outline_follows_them(s
                     row = [picture.at(WIDTH - 1 - x if flip_x else x, HEIGHT - 1 - y if flip_y else y)
                            for x in range(40)]
                     white = next(x for x, colour in enumerate(row) if colour != WHITE)
-                    # Outside nothing of the panel, then its outline at once, then nothing darker than that.
-                    assert row[white] == outline, (flip_x, flip_y, y, row)
-                    assert all(min(colour) >= min(outline) for colour in row)
+                    # Outside nothing of the panel, then its outline at once (where the curve leaves most of
+                    # a pixel inside, most of it), then nothing darker than that.
+                    assert row[white][0] < (outline[0] + inside[0]) / 2, (flip_x, flip_y, y, row)
+                    assert all(min(colour) >= min(outline) - 3 for colour in row)
                     assert white <= 12 and (white > 0 or y > 7)
 
 

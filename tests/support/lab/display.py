@@ -22,7 +22,7 @@ _ROWS = {
     95: ["F11", "F12"], 105: ["Control_R"], 108: ["Alt_R"], 118: ["Insert", "Delete"], 133: ["Super"],
 }
 KEYS = {name: first + index for first, names in _ROWS.items() for index, name in enumerate(names)}
-KEYS.update({"Home": 110, "Up": 111, "Left": 113, "Right": 114, "End": 115, "Down": 116})
+KEYS.update({"KP_Enter": 104, "Home": 110, "Up": 111, "Left": 113, "Right": 114, "End": 115, "Down": 116})
 
 
 @dataclass(frozen=True)
