@@ -16,6 +16,7 @@ public:
       : text_(std::make_unique<const std::string>(std::move(markdown))),
         blocks_(parseMarkdownContent(*text_)) {}
 
+  [[nodiscard]] const std::string &text() const { return *text_; }
   [[nodiscard]] const std::vector<MarkdownBlock> &blocks() const { return blocks_; }
 
 private:

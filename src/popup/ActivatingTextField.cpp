@@ -75,6 +75,10 @@ void ActivatingTextField::keyPressEvent(QKeyEvent *event) {
   if (isReturn && !preedit_.isEmpty()) {
     return;  // It ends the composing, and the question is not complete before.
   }
+  if (event->matches(QKeySequence::Copy) && !hasSelectedText()) {
+    Q_EMIT copyElsewhere();
+    return;
+  }
   QLineEdit::keyPressEvent(event);
 }
 

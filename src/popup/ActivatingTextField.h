@@ -23,6 +23,10 @@ public:
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;
 
+Q_SIGNALS:
+  /// The key to copy was pressed, and nothing is selected here.
+  void copyElsewhere();
+
 protected:
   void inputMethodEvent(QInputMethodEvent *event) override;
   void keyPressEvent(QKeyEvent *event) override;

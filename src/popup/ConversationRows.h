@@ -19,6 +19,7 @@ public:
 
   /// True when the text is another one than before.
   bool setText(const QString &text);
+  PlainTextView &text() { return *text_; }
   bool hasHeightForWidth() const override { return true; }
   int heightForWidth(int width) const override;
 
@@ -40,6 +41,7 @@ public:
   explicit ErrorRow(QWidget *parent = nullptr);
 
   void setText(const QString &text);
+  PlainTextView &text() { return *text_; }
   /// Above and below the row's content.
   void setVerticalPadding(int top, int bottom);
   bool hasHeightForWidth() const override { return true; }

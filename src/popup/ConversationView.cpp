@@ -1,9 +1,16 @@
 #include "popup/ConversationView.h"
 
+#include "base/Memory.h"
 #include "markdown/views/MarkdownTextView.h"
+#include "ui/Announcement.h"
+#include "ui/Palette.h"
 #include "ui/ThinScrollBar.h"
 
+#include <QAccessible>
+#include <QCursor>
 #include <QEvent>
+#include <QKeyEvent>
+#include <QPainter>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -17,18 +24,23 @@ constexpr int rowSpacing = 12;
 constexpr int errorPadding = 8;
 constexpr std::chrono::milliseconds scrollDelay{100};
 constexpr int scrollDuration = 250;  // ms
+constexpr std::chrono::milliseconds dragScrollInterval{30};
+constexpr int largeText = 100'000;  // in UTF-16 units
+constexpr double focusRingWidth = 1.5;
 
 }  // namespace
 
-ConversationView::ConversationView(MainQueue &mainQueue, QWidget *parent)
+ConversationView::ConversationView(Pasteboard &pasteboard, MainQueue &mainQueue, QWidget *parent)
     : QScrollArea(parent),
+      pasteboard_(pasteboard),
       mainQueue_(mainQueue),
       content_(new QWidget),
       loadingRow_(new LoadingRow(content_)),
-      errorRow_(new ErrorRow(content_)) {
+      errorRow_(new ErrorRow(content_)),
+      announcer_([this](const QString &text) { announce(*this, text); }) {
   setAccessibleName(QStringLiteral("Conversation"));
   setFrameShape(QFrame::NoFrame);
-  setFocusPolicy(Qt::NoFocus);
+  setFocusPolicy(Qt::TabFocus);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setVerticalScrollBar(new ThinScrollBar(this));
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);  // Answers keep their width when they outgrow the view.
@@ -37,10 +49,24 @@ ConversationView::ConversationView(MainQueue &mainQueue, QWidget *parent)
   content_->setAutoFillBackground(false);
   loadingRow_->hide();
   errorRow_->hide();
+  connectText(errorRow_->text());
+  connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, [this] {
+    // Only what a user does arrives here.
+    scrolling_.stop();
+    isFollowing_ = verticalScrollBar()->sliderPosition() == verticalScrollBar()->maximum();
+  });
   scrolling_.setDuration(scrollDuration);
   scrolling_.setStartValue(0.0);
   scrolling_.setEndValue(1.0);
   scrolling_.setEasingCurve(QEasingCurve::InOutQuad);
+  dragScrolling_.setInterval(dragScrollInterval);
+  connect(&dragScrolling_, &QTimer::timeout, this, [this] {
+    auto *const bar = verticalScrollBar();
+    bar->setValue(bar->value() + dragDistance_);
+    if (dragged_) {
+      dragged_->dragTo(dragged_->mapFromGlobal(QCursor::pos()));
+    }
+  });
 }
 
 ConversationView::~ConversationView() = default;
@@ -56,6 +82,10 @@ void ConversationView::setState(const PopupState &state) {
   }
   errorRow_->setVisible(showsError);
   arrange();
+  if (QAccessible::isActive()) {
+    announcer_.update(messages.empty() || messages.back().isUser() ? nullptr : rows_.back().text,
+                      state.isLoading(), showsError ? QString::fromStdString(*state.error()) : QString());
+  }
   if (!isNew_ && (lastChanged || state.isLoading() != wasLoading_)) {
     scheduleScrolling();
   }
@@ -63,33 +93,72 @@ void ConversationView::setState(const PopupState &state) {
   wasLoading_ = state.isLoading();
 }
 
+ConversationView::Row ConversationView::makeRow(const ConversationMessage &message) {
+  Row row{.id = message.id, .view = nullptr};
+  if (message.isUser()) {
+    auto bubble = std::make_unique<UserBubble>(content_);
+    row.text = &bubble->text();
+    row.view = std::move(bubble);
+  } else {
+    auto answer = std::make_unique<MarkdownTextView>(content_);
+    answer->setAccessibleName(QStringLiteral("Answer"));
+    row.text = answer.get();
+    row.view = std::move(answer);
+  }
+  connectText(*row.text);
+  return row;
+}
+
+void ConversationView::connectText(SelectableTextView &text) {
+  connect(&text, &SelectableTextView::copyRequested, this, [this](const QString &copied) {
+    pasteboard_.setString(copied.toStdString(), PasteboardLifetime::Lasting);
+  });
+  connect(&text, &SelectableTextView::grown, this, [this] {
+    arrange();
+    scheduleScrolling();
+  });
+  connect(&text, &SelectableTextView::selectionStarted, this, [this, &text] {
+    // There is one selection in a conversation.
+    for (const auto &row : rows_) {
+      if (row.text != &text) {
+        row.text->clearSelection();
+      }
+    }
+    if (&errorRow_->text() != &text) {
+      errorRow_->text().clearSelection();
+    }
+  });
+  connect(&text, &SelectableTextView::selectionDragged, this, [this, &text](QPoint pointer) {
+    dragged_ = &text;
+    scrollTowards(pointer);
+  });
+  connect(&text, &SelectableTextView::selectionEnded, &dragScrolling_, &QTimer::stop);
+}
+
 bool ConversationView::setMessages(const std::vector<ConversationMessage> &messages) {
   bool lastChanged = rows_.size() != messages.size();
-  rows_.resize(std::min(rows_.size(), messages.size()));
   for (std::size_t index = 0; index < messages.size(); ++index) {
     const auto &message = messages[index];
-    if (index == rows_.size()) {
-      rows_.push_back({});
+    if (index < rows_.size() && rows_[index].id != message.id) {
+      dragged_ = nullptr;
+      rows_.resize(index);
     }
-    auto &row = rows_[index];
-    bool changed = false;
-    if (!row.view || row.id != message.id) {
-      row.id = message.id;
-      if (message.isUser()) {
-        row.view = std::make_unique<UserBubble>(content_);
-      } else {
-        row.view = std::make_unique<MarkdownTextView>(content_);
-        row.view->setAccessibleName(QStringLiteral("Answer"));
-      }
-      row.view->show();
-      changed = true;
+    bool changed = index == rows_.size();
+    if (changed) {
+      rows_.push_back(makeRow(message));
+      isFollowing_ = true;
     }
-    if (auto *const bubble = qobject_cast<UserBubble *>(row.view.get())) {
+    auto *const view = rows_[index].view.get();
+    if (auto *const bubble = qobject_cast<UserBubble *>(view)) {
       changed |= bubble->setText(QString::fromStdString(message.content));
     } else {
-      changed |= static_cast<MarkdownTextView *>(row.view.get())->setMarkdown(message.content);
+      changed |= static_cast<MarkdownTextView *>(view)->setMarkdown(message.content);
     }
     lastChanged |= changed && index + 1 == messages.size();
+  }
+  if (rows_.size() > messages.size()) {
+    dragged_ = nullptr;
+    rows_.resize(messages.size());
   }
   return lastChanged;
 }
@@ -114,6 +183,7 @@ void ConversationView::arrange() {
   }
   for (const auto &row : rows_) {
     place(*row.view);
+    row.view->show();  // Not before it has its width, for which it is laid out.
   }
   if (errorRow_->isVisibleTo(content_)) {
     place(*errorRow_);
@@ -121,20 +191,107 @@ void ConversationView::arrange() {
   content_->resize(viewWidth, y + padding);
 }
 
+bool ConversationView::event(QEvent *event) {
+  if (event->type() == QEvent::FontChange) {
+    arrange();
+  }
+  return QScrollArea::event(event);
+}
+
 void ConversationView::resizeEvent(QResizeEvent *event) {
+  const bool wasAtBottom = isAtBottom() && isFollowing_;
   QScrollArea::resizeEvent(event);
   arrange();
+  if (wasAtBottom && verticalScrollBar()->value() > 0) {
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+  }
+}
+
+void ConversationView::focusInEvent(QFocusEvent *event) {
+  QScrollArea::focusInEvent(event);
+  viewport()->update();
+}
+
+void ConversationView::focusOutEvent(QFocusEvent *event) {
+  QScrollArea::focusOutEvent(event);
+  viewport()->update();
+}
+
+void ConversationView::paintEvent(QPaintEvent * /*event*/) {
+  if (hasFocus() && window()->isActiveWindow()) {
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(lumiwrenPurple(), focusRingWidth));
+    painter.drawRoundedRect(QRectF(viewport()->rect()).adjusted(3, 3, -3, -3), 5, 5);
+  }
+}
+
+void ConversationView::keyPressEvent(QKeyEvent *event) {
+  auto *const bar = verticalScrollBar();
+  const auto scroll = [&](QAbstractSlider::SliderAction action) { bar->triggerAction(action); };
+  switch (event->key()) {
+    case Qt::Key_Home:
+      scroll(QAbstractSlider::SliderToMinimum);
+      break;
+    case Qt::Key_End:
+      scroll(QAbstractSlider::SliderToMaximum);
+      break;
+    case Qt::Key_Space:
+      scroll(event->modifiers().testFlag(Qt::ShiftModifier) ? QAbstractSlider::SliderPageStepSub
+                                                            : QAbstractSlider::SliderPageStepAdd);
+      break;
+    default:
+      if (!event->matches(QKeySequence::Copy) || !copySelection()) {
+        QScrollArea::keyPressEvent(event);
+      }
+  }
 }
 
 void ConversationView::reset() {
   scrolling_.stop();
+  dragScrolling_.stop();
+  dragged_ = nullptr;
+  const bool wasLarge =
+      std::any_of(rows_.begin(), rows_.end(), [](const Row &row) { return row.text->length() > largeText; });
   rows_.clear();
+  if (wasLarge) {
+    releaseFreedMemory();
+  }
   loadingRow_->hide();
   errorRow_->hide();
+  announcer_.reset();
   isNew_ = true;
+  isFollowing_ = true;
   hasChangedSince_ = false;
   arrange();
   verticalScrollBar()->setValue(0);
+}
+
+bool ConversationView::copySelection() {
+  const auto copyFrom = [](SelectableTextView &text) {
+    if (!text.hasSelection()) {
+      return false;
+    }
+    text.copy();
+    return true;
+  };
+  return std::any_of(rows_.begin(), rows_.end(), [&](const Row &row) { return copyFrom(*row.text); }) ||
+         copyFrom(errorRow_->text());
+}
+
+bool ConversationView::isAtBottom() const {
+  return verticalScrollBar()->value() == verticalScrollBar()->maximum();
+}
+
+void ConversationView::scrollTowards(QPoint pointer) {
+  const int y = viewport()->mapFromGlobal(pointer).y();
+  dragDistance_ = y < 0 ? y : y > viewport()->height() ? y - viewport()->height() : 0;
+  if (dragDistance_ == 0) {
+    dragScrolling_.stop();
+  } else if (!dragScrolling_.isActive()) {
+    isFollowing_ = false;
+    dragScrolling_.start();
+  }
 }
 
 void ConversationView::scheduleScrolling() {
@@ -153,7 +310,9 @@ void ConversationView::scheduleScrolling() {
     if (self->isNew_) {
       return;
     }
-    self->scrollToBottom();
+    if (self->isFollowing_) {
+      self->scrollToBottom();
+    }
     if (self->hasChangedSince_) {
       self->scheduleScrolling();
     }
@@ -162,7 +321,7 @@ void ConversationView::scheduleScrolling() {
 
 void ConversationView::scrollToBottom() {
   auto *const bar = verticalScrollBar();
-  if (scrolling_.state() == QAbstractAnimation::Running || bar->value() == bar->maximum()) {
+  if (isScrolling() || bar->value() == bar->maximum()) {
     return;
   }
   scrolling_.disconnect(this);

@@ -11,7 +11,6 @@
 #include "ui/Palette.h"
 #include "ui/SymbolButton.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPainterPath>
@@ -69,7 +68,7 @@ ExplanationPopupView::ExplanationPopupView(PopupState &state, Pasteboard &pasteb
   stack->setSpacing(0);
   // In the order in which they are read aloud.
   header_ = makeHeader();
-  conversation_ = new ConversationView(mainQueue_, this);
+  conversation_ = new ConversationView(pasteboard_, mainQueue_, this);
   followUpRow_ = makeFollowUpRow();
   stack->addWidget(header_);
   stack->addSpacing(1);  // a divider
@@ -77,8 +76,6 @@ ExplanationPopupView::ExplanationPopupView(PopupState &state, Pasteboard &pasteb
   stack->addSpacing(1);  // a divider
   stack->addWidget(followUpRow_);
   stack->addWidget(makeFooter());
-  conversation_->setFocusPolicy(Qt::TabFocus);
-  conversation_->installEventFilter(this);  // for its focus ring
   QWidget *const order[] = {closeButton_, conversation_, followUpField_, sendButton_, copyButton_};
   for (std::size_t index = 1; index < std::size(order); ++index) {
     setTabOrder(order[index - 1], order[index]);
@@ -118,6 +115,8 @@ QWidget *ExplanationPopupView::makeFollowUpRow() {
   followUpField_->setPlaceholderText(QStringLiteral("Ask a follow-up question..."));
   followUpField_->setAccessibleName(QStringLiteral("Follow-up question"));
   connect(followUpField_, &QLineEdit::textChanged, this, &ExplanationPopupView::updateSending);
+  connect(followUpField_, &ActivatingTextField::copyElsewhere, this,
+          [this] { conversation_->copySelection(); });
   connect(followUpField_, &QLineEdit::returnPressed, this, &ExplanationPopupView::sendFollowUp);
   auto *const frame = new FollowUpFieldFrame(followUpField_, container);
   sendButton_ = new SymbolButton(
@@ -244,13 +243,6 @@ void ExplanationPopupView::hideEvent(QHideEvent *event) {
   QWidget::hideEvent(event);
 }
 
-bool ExplanationPopupView::eventFilter(QObject *watched, QEvent *event) {
-  if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
-    update(conversation_->geometry());
-  }
-  return QWidget::eventFilter(watched, event);
-}
-
 bool ExplanationPopupView::focusNextPrevChild(bool next) {
   // Texts in the conversation take the focus by a click; the keyboard goes on from the conversation.
   const auto *const focused = window()->focusWidget();
@@ -303,11 +295,6 @@ void ExplanationPopupView::paintEvent(QPaintEvent * /*event*/) {
   painter.fillRect(divider(followUpRow_->geometry().top() - 1), colors.separator);
   painter.restore();
   painter.fillPath(outline, withOpacity(colors.primary, outlineOpacity));
-  if (conversation_->hasFocus() && isActiveWindow()) {
-    painter.setPen(QPen(lumiwrenPurple(), 1.5 * device.scale()));
-    painter.drawRoundedRect(QRectF(device.rect(conversation_->geometry().adjusted(3, 3, -3, -3))),
-                            5 * device.scale(), 5 * device.scale());
-  }
 }
 
 }  // namespace lumiwren

@@ -53,7 +53,6 @@ public:
   static std::string allContent(const std::vector<ConversationMessage> &history);
 
 protected:
-  bool eventFilter(QObject *watched, QEvent *event) override;
   bool focusNextPrevChild(bool next) override;
   void paintEvent(QPaintEvent *event) override;
   void showEvent(QShowEvent *event) override;

@@ -211,6 +211,25 @@ TEST_F(PanelKeyboard, WhatIsTypedCanBeUndoneAndDoneAgain) {
   EXPECT_EQ(field().text(), QStringLiteral("why"));
 }
 
+TEST_F(PanelKeyboard, CopyInTheFieldCopiesWhatIsSelectedThereElseInTheConversation) {
+  showAnswer();
+  press(Qt::Key_C, Qt::ControlModifier);
+  EXPECT_TRUE(pasteboard.puts().empty());
+  for (auto *const turn : controller.panel()->findChildren<SelectableTextView *>()) {
+    if (turn->isVisible()) {
+      turn->selectAll();
+    }
+  }
+  press(Qt::Key_C, Qt::ControlModifier);
+  ASSERT_EQ(pasteboard.puts().size(), 1U);
+  EXPECT_EQ(pasted(), "A");
+  EXPECT_TRUE(field().hasFocus());
+  field().setText(QStringLiteral("mine"));
+  field().selectAll();
+  press(Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(pasteboard.puts().size(), 1U);  // The toolkit copies it.
+}
+
 TEST_F(PanelKeyboard, APreeditTakesThePlaceholdersPlace) {
   showAnswer();
   const auto inkWidth = [&] {

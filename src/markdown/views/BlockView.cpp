@@ -1,38 +1,14 @@
 #include "markdown/views/BlockView.h"
 
-#include "markdown/views/CodeBlockView.h"
-#include "markdown/views/ListView.h"
-#include "markdown/views/TableGridView.h"
-#include "markdown/views/TextBlockView.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <variant>
 
 namespace lumiwren {
 namespace {
 
-struct Maker {
-  std::unique_ptr<BlockView> operator()(const MarkdownHeading &) const {
-    return std::make_unique<TextBlockView>();
-  }
-  std::unique_ptr<BlockView> operator()(const MarkdownParagraph &) const {
-    return std::make_unique<TextBlockView>();
-  }
-  std::unique_ptr<BlockView> operator()(const MarkdownCodeBlock &) const {
-    return std::make_unique<CodeBlockView>();
-  }
-  std::unique_ptr<BlockView> operator()(const MarkdownBulletList &) const {
-    return std::make_unique<BulletListView>();
-  }
-  std::unique_ptr<BlockView> operator()(const MarkdownNumberedList &) const {
-    return std::make_unique<NumberedListView>();
-  }
-  std::unique_ptr<BlockView> operator()(const MarkdownTable &) const {
-    return std::make_unique<TableGridView>();
-  }
-};
+constexpr qreal shortestThumb = 24;
+constexpr qreal thumbMargin = 2;
 
 qreal distance(qreal value, qreal low, qreal high) {
   return value < low ? low - value : value > high ? value - high : 0;
@@ -40,59 +16,213 @@ qreal distance(qreal value, qreal low, qreal high) {
 
 }  // namespace
 
-std::unique_ptr<BlockView> BlockView::make(const MarkdownBlock &block, const SemanticColors &colors) {
-  auto view = std::visit(Maker{}, block);
-  view->show(block, colors);
-  return view;
+void BlockView::rowsChanged(std::size_t first) {
+  firstChanged_ = std::min(firstChanged_, first);
+  for (std::size_t row = first; row < rows_.size(); ++row) {
+    rows_[row].isCurrent = false;
+  }
 }
 
-bool BlockView::show(const MarkdownBlock &block, const SemanticColors &colors) {
-  width_ = -1;
-  return setBlock(block, colors);
-}
-
-void BlockView::layOutFor(qreal width) {
+bool BlockView::layOut(qreal width, const SemanticColors &colors, std::size_t &budget) {
+  std::size_t count = rowCount();
   if (width_ != width) {
     width_ = width;
-    height_ = std::ceil(layOut(width));
+    rowsChanged(0);
   }
-}
-
-TextFragment &BlockView::fragment(std::size_t index) {
-  while (fragments_.size() <= index) {
-    fragments_.push_back(std::make_unique<TextFragment>());
+  changedFrom_ = height_;
+  if (firstChanged_ >= count && rows_.size() == count) {
+    return true;
   }
-  return *fragments_[index];
-}
-
-void BlockView::setFragmentCount(std::size_t count) {
-  fragments_.resize(std::min(count, fragments_.size()));
-}
-
-int BlockView::positionAt(QPointF point) const {
-  const TextFragment *nearest = nullptr;
-  qreal nearestRow = std::numeric_limits<qreal>::max();
-  qreal nearestColumn = nearestRow;
-  for (const auto &candidate : fragments_) {
-    const auto rect = candidate->rect();
-    const qreal row = distance(point.y(), rect.top(), rect.bottom());
-    const qreal column = distance(point.x(), rect.left(), rect.right());
-    if (row < nearestRow || (row == nearestRow && column < nearestColumn)) {
-      nearest = candidate.get();
-      nearestRow = row;
-      nearestColumn = column;
+  const std::size_t first = std::min({prepareRows(firstChanged_, colors), firstChanged_, rows_.size()});
+  rowsChanged(first);
+  rows_.resize(count);
+  for (std::size_t index = first; index < count; ++index) {
+    auto &row = rows_[index];
+    row.top = (index > 0 ? rows_[index - 1].bottom() : 0) + gapAbove(index);
+    row.start = index > 0 ? rows_[index - 1].start + rows_[index - 1].length + 1 : 0;
+    if (const auto extent = knownExtent(index)) {
+      row.height = extent->height;
+      row.length = extent->length;
+    } else if (budget > 0) {
+      --budget;
+      textsOf(index, colors);
+    } else {
+      rows_.resize(index);
+      break;
     }
   }
-  return nearest ? nearest->positionAt(point) : 0;
+  const bool isComplete = rows_.size() == count;
+  count = rows_.size();
+  firstChanged_ = count;
+  changedFrom_ = first > 0 ? rows_[first - 1].bottom() : 0;
+  height_ = std::ceil(rows_.empty() ? 0 : rows_.back().bottom() + bottomPadding());
+  setScrollOffset(scrollOffset_);
+  return isComplete;
 }
 
-const FragmentText::Link *BlockView::linkAt(QPointF point) const {
-  for (const auto &candidate : fragments_) {
-    if (const auto *link = candidate->linkAt(point)) {
-      return link;
+std::vector<TextFragment> &BlockView::textsOf(std::size_t index, const SemanticColors &colors) {
+  auto &row = rows_[index];
+  if (!row.texts) {
+    row.texts = std::make_unique<std::vector<TextFragment>>();
+    row.isCurrent = false;
+    isLetGo_ = false;
+    recent_.add(index, [this](std::size_t old) {
+      if (old < rows_.size()) {
+        rows_[old].texts.reset();
+      }
+    });
+  }
+  if (!row.isCurrent) {
+    fill(index, *row.texts, colors);
+    row.height = arrange(index, *row.texts);
+    row.length = static_cast<int>(row.texts->size()) - 1;
+    for (const auto &text : *row.texts) {
+      row.length += text.length();
+    }
+    row.isCurrent = true;
+  }
+  return *row.texts;
+}
+
+void BlockView::letGo() {
+  for (auto &row : rows_) {
+    row.texts.reset();
+  }
+  recent_.clear();
+  isLetGo_ = true;
+}
+
+QString BlockView::plainText() const {
+  QString text;
+  for (std::size_t index = 0; index < rows_.size(); ++index) {
+    if (index > 0) {
+      text += QLatin1Char('\n');
+    }
+    text += rowText(index);
+  }
+  return text;
+}
+
+std::size_t BlockView::rowAt(qreal y) const {
+  const auto after =
+      std::partition_point(rows_.begin(), rows_.end(), [y](const Row &row) { return row.bottom() <= y; });
+  return static_cast<std::size_t>(std::min(after, rows_.end() - 1) - rows_.begin());
+}
+
+QPointF BlockView::origin(std::size_t row) const {
+  return {isScrolled(row) ? -scrollOffset_ : 0, rows_[row].top};
+}
+
+void BlockView::paint(const FragmentPainting &painting) {
+  auto &painter = painting.painter;
+  paintBelow(painting);
+  painter.save();
+  bool needsClip = scrollRange() > 0;
+  for (std::size_t index = rows_.empty() ? 0 : rowAt(painting.exposed.top());
+       index < rows_.size() && rows_[index].top < painting.exposed.bottom(); ++index) {
+    if (needsClip && isScrolled(index)) {
+      // For good: what is not scrolled comes first.
+      painter.setClipRect(scrollPort(), Qt::IntersectClip);
+      needsClip = false;
+    }
+    int start = rows_[index].start;
+    for (auto &text : textsOf(index, painting.colors)) {
+      const QPointF place = origin(index) + text.position();
+      const auto part = painting.forPart(place, start);
+      if (part.exposed.left() < std::max(text.rect().width(), text.naturalWidth()) &&
+          part.exposed.right() > 0) {
+        painter.translate(place);
+        text.paint(part, color(index, painting.colors));
+        painter.translate(-place);
+      }
+      start += text.length() + 1;
+    }
+  }
+  painter.restore();
+  paintAbove(painting);
+  if (const QRectF thumb = scrollThumb(); !thumb.isEmpty()) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(withOpacity(painting.colors.primary, 0.3));
+    painter.drawRoundedRect(thumb, thumb.height() / 2, thumb.height() / 2);
+  }
+}
+
+int BlockView::positionAt(QPointF point, const SemanticColors &colors) {
+  if (rows_.empty()) {
+    return 0;
+  }
+  const auto index = rowAt(point.y());
+  const QPointF local = point - origin(index);
+  TextFragment *nearest = nullptr;
+  int nearestStart = 0;
+  qreal least = std::numeric_limits<qreal>::max();
+  int start = rows_[index].start;
+  for (auto &text : textsOf(index, colors)) {
+    const qreal away = distance(local.x(), text.rect().left(), text.rect().right());
+    if (away < least) {
+      nearest = &text;
+      nearestStart = start;
+      least = away;
+    }
+    start += text.length() + 1;
+  }
+  return nearest ? nearestStart + nearest->positionAt(local - nearest->position()) : rows_[index].start;
+}
+
+QRectF BlockView::characterRect(int position, const SemanticColors &colors) {
+  if (rows_.empty()) {
+    return {};
+  }
+  const auto after = std::partition_point(
+      rows_.begin(), rows_.end(), [position](const Row &row) { return row.start + row.length < position; });
+  const auto index = static_cast<std::size_t>(std::min(after, rows_.end() - 1) - rows_.begin());
+  int start = rows_[index].start;
+  for (auto &text : textsOf(index, colors)) {
+    if (position <= start + text.length()) {
+      return text.characterRect(std::max(0, position - start)).translated(origin(index) + text.position());
+    }
+    start += text.length() + 1;
+  }
+  return {};
+}
+
+const FragmentText::Link *BlockView::linkAt(QPointF point, const SemanticColors &colors) {
+  if (rows_.empty() || point.y() < 0 || point.y() >= height_) {
+    return nullptr;
+  }
+  const auto index = rowAt(point.y());
+  const QPointF local = point - origin(index);
+  for (auto &text : textsOf(index, colors)) {
+    if (text.rect().contains(local)) {
+      return text.linkAt(local - text.position());
     }
   }
   return nullptr;
+}
+
+qreal BlockView::scrollRange() const {
+  return std::max(0.0, std::ceil(contentWidth() - width_));
+}
+
+void BlockView::setScrollOffset(qreal offset) {
+  scrollOffset_ = std::clamp(offset, 0.0, scrollRange());
+}
+
+QRectF BlockView::scrollThumb() const {
+  const qreal range = scrollRange();
+  if (range <= 0) {
+    return {};
+  }
+  const QRectF port = scrollPort();
+  const qreal track = port.width() - 2 * thumbMargin;
+  const qreal length = std::min(track, std::max(shortestThumb, track * width_ / (width_ + range)));
+  return {port.left() + thumbMargin + (track - length) * scrollOffset_ / range,
+          port.bottom() - thumbHeight - thumbMargin, length, thumbHeight};
+}
+
+qreal BlockView::scrollOffsetFor(qreal moved) const {
+  const qreal free = scrollPort().width() - 2 * thumbMargin - scrollThumb().width();
+  return free > 0 ? moved * scrollRange() / free : 0;
 }
 
 }  // namespace lumiwren

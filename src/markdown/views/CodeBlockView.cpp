@@ -1,11 +1,10 @@
 #include "markdown/views/CodeBlockView.h"
 
+#include "markdown/views/QuickMetrics.h"
 #include "ui/Fonts.h"
 
 #include <algorithm>
 #include <cmath>
-#include <string_view>
-#include <variant>
 
 namespace lumiwren {
 namespace {
@@ -13,110 +12,146 @@ namespace {
 constexpr qreal partSpacing = 4;
 constexpr qreal padding = 8;
 constexpr qreal cornerRadius = 6;
-constexpr qreal thumbHeight = 3;
 constexpr int labelFontSize = 10;
 constexpr int codeFontSize = 12;
 
-bool isLabelled(const std::string &language) {
+bool isLabelled(const MarkdownCodeBlock &code) {
   const auto &hidden = MarkdownCodeBlock::hiddenLanguages;
-  return std::find(hidden.begin(), hidden.end(), language) == hidden.end();
+  return std::find(hidden.begin(), hidden.end(), code.language) == hidden.end();
 }
 
 }  // namespace
 
-bool CodeBlockView::setBlock(const MarkdownBlock &block, const SemanticColors & /*colors*/) {
-  const auto *code = std::get_if<MarkdownCodeBlock>(&block);
-  if (!code) {
-    return false;
+CodeBlockView::CodeBlockView(const MarkdownBlock &block) : MarkdownBlockView(block) {}
+
+bool CodeBlockView::hasLabel() const {
+  return isLabelled(code());
+}
+
+std::size_t CodeBlockView::firstDifference(const MarkdownBlock &next) const {
+  const auto &theirs = std::get<MarkdownCodeBlock>(next);
+  if (theirs.language != code().language) {
+    return 0;
   }
-  std::size_t count = 0;
-  hasLabel_ = isLabelled(code->language);
-  if (hasLabel_) {
-    fragment(count++).setText(FragmentText::plain(code->language, systemFont(labelFontSize, QFont::Medium)));
-  }
+  const auto before = code().code;
+  const auto now = theirs.code;
+  const auto common = static_cast<std::size_t>(
+      now.starts_with(before)
+          ? static_cast<std::ptrdiff_t>(before.size())
+          : std::mismatch(before.begin(), before.end(), now.begin(), now.end()).first - before.begin());
+  const auto line = std::partition_point(lines_.begin(), lines_.end(),
+                                         [common](const Line &known) { return known.end < common; });
+  return static_cast<std::size_t>(line - lines_.begin()) + (hasLabel() ? 1 : 0);
+}
+
+std::size_t CodeBlockView::rowCount() const {
+  return static_cast<std::size_t>(std::count(code().code.begin(), code().code.end(), '\n')) + 1 +
+         (hasLabel() ? 1 : 0);
+}
+
+std::size_t CodeBlockView::prepareRows(std::size_t first, const SemanticColors & /*colors*/) {
+  const std::size_t labels = hasLabel() ? 1 : 0;
+  lines_.resize(std::min(lines_.size(), first > labels ? first - labels : 0));
+  const auto text = code().code;
   const QFont font = monospacedSystemFont(codeFontSize);
-  std::string_view rest = code->code;
+  const auto &metrics = QuickMetrics::of(font);
+  std::size_t begin = lines_.empty() ? 0 : lines_.back().end + 1;
   while (true) {
-    const auto end = rest.find('\n');
-    auto line = rest.substr(0, end);
-    if (line.ends_with('\r')) {
-      line.remove_suffix(1);
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    const auto shown = text.substr(begin, end - begin);
+    auto width = metrics.width(shown);
+    if (!width) {
+      TextFragment measured(TextFragment::Wrapping::None);
+      measured.setText(FragmentText::plain(shown, font));
+      measured.layOut(1);
+      width = measured.naturalWidth();
     }
-    auto &shown = fragment(count++);
-    shown.setSeparator(QStringLiteral("\n"));
-    shown.setText(FragmentText::plain(line, font));
-    if (end == std::string_view::npos) {
+    lines_.push_back({begin, end, std::max(std::ceil(*width), lines_.empty() ? 0 : lines_.back().widest)});
+    if (end == text.size()) {
       break;
     }
-    rest.remove_prefix(end + 1);
+    begin = end + 1;
   }
-  setFragmentCount(count);
-  return true;
+  return first;
 }
 
-qreal CodeBlockView::layOut(qreal width) {
-  qreal y = 0;
-  std::size_t index = 0;
-  if (hasLabel_) {
-    auto &label = fragment(index++);
-    y = label.layOut(width) + partSpacing;
-    label.place({0, 0});
+std::string_view CodeBlockView::line(std::size_t row) const {
+  const auto &known = lines_[row - (hasLabel() ? 1 : 0)];
+  auto text = code().code.substr(known.begin, known.end - known.begin);
+  if (text.ends_with('\r')) {
+    text.remove_suffix(1);
   }
-  longestLine_ = 0;
-  qreal height = 2 * padding;
-  for (; index < fragments().size(); ++index) {
-    auto &line = fragment(index);
-    height += line.layOut(width - 2 * padding, TextFragment::Wrapping::None);
-    longestLine_ = std::max(longestLine_, std::ceil(line.naturalWidth()));
-  }
-  box_ = QRectF(0, y, width, height);
-  setScrollOffset(scrollOffset_);
-  return box_.bottom();
+  return text;
 }
 
-void CodeBlockView::placeLines() {
-  qreal y = box_.top() + padding;
-  for (std::size_t index = hasLabel_ ? 1 : 0; index < fragments().size(); ++index) {
-    auto &line = fragment(index);
-    line.place({padding - scrollOffset_, y});
-    y += line.height();
-  }
+qreal CodeBlockView::gapAbove(std::size_t row) const {
+  const std::size_t firstLine = hasLabel() ? 1 : 0;
+  return row != firstLine ? 0 : padding + (hasLabel() ? partSpacing : 0);
 }
 
-qreal CodeBlockView::scrollRange() const {
-  return std::max(0.0, longestLine_ + 2 * padding - box_.width());
+qreal CodeBlockView::bottomPadding() const {
+  return padding;
 }
 
-void CodeBlockView::setScrollOffset(qreal offset) {
-  scrollOffset_ = std::clamp(offset, 0.0, scrollRange());
-  placeLines();
+QRectF CodeBlockView::box() const {
+  const qreal top = hasLabel() ? rows().front().bottom() + partSpacing : 0;
+  return {0, top, width(), height() - top};
 }
 
-void CodeBlockView::paint(const FragmentPainting &painting) const {
-  auto &painter = painting.painter;
-  auto line = fragments().begin();
-  if (hasLabel_) {
-    (*line++)->paint(painting, painting.colors.secondary);
+QRectF CodeBlockView::scrollPort() const {
+  return box();
+}
+
+qreal CodeBlockView::contentWidth() const {
+  return lines_.empty() ? 0 : lines_.back().widest + 2 * padding;
+}
+
+std::optional<BlockView::RowExtent> CodeBlockView::knownExtent(std::size_t row) const {
+  if (row == 0 && hasLabel()) {
+    return std::nullopt;
   }
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(painting.colors.controlBackground);
-  painter.drawRoundedRect(box_, cornerRadius, cornerRadius);
-  painter.save();
-  // Code that is scrolled ends at the padding on neither side, but never outside the box.
-  painter.setClipRect(box_.adjusted(1, 0, -1, 0), Qt::IntersectClip);
-  for (; line != fragments().end(); ++line) {
-    (*line)->paint(painting, painting.colors.primary);
+  // Lines are equally high, whatever letters they hold.
+  return RowExtent{QuickMetrics::of(monospacedSystemFont(codeFontSize)).lineHeight(), utf16Length(line(row))};
+}
+
+QString CodeBlockView::rowText(std::size_t row) const {
+  return row == 0 && hasLabel() ? fromUtf8(code().language) : fromUtf8(line(row));
+}
+
+void CodeBlockView::fill(std::size_t row, std::vector<TextFragment> &texts,
+                         const SemanticColors & /*colors*/) const {
+  const bool isLabel = row == 0 && hasLabel();
+  if (texts.empty()) {
+    texts.emplace_back(isLabel ? TextFragment::Wrapping::Wrap : TextFragment::Wrapping::None);
   }
-  painter.restore();
-  if (const qreal range = scrollRange(); range > 0) {
-    const qreal track = box_.width() - 2 * padding;
-    const qreal length = std::max(24.0, track * box_.width() / (box_.width() + range));
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(withOpacity(painting.colors.primary, 0.25));
-    painter.drawRoundedRect(QRectF(padding + (track - length) * scrollOffset_ / range,
-                                   box_.bottom() - thumbHeight - 2, length, thumbHeight),
-                            thumbHeight / 2, thumbHeight / 2);
+  texts.front().setText(isLabel
+                            ? FragmentText::plain(code().language, systemFont(labelFontSize, QFont::Medium))
+                            : FragmentText::plain(line(row), monospacedSystemFont(codeFontSize)));
+}
+
+qreal CodeBlockView::arrange(std::size_t row, std::vector<TextFragment> &texts) const {
+  auto &text = texts.front();
+  const qreal height = text.layOut(width());
+  const auto extent = knownExtent(row);
+  if (!extent) {
+    return height;
   }
+  text.place({padding, std::floor((extent->height - height) / 2)});
+  return extent->height;
+}
+
+bool CodeBlockView::isScrolled(std::size_t row) const {
+  return row > 0 || !hasLabel();
+}
+
+QColor CodeBlockView::color(std::size_t row, const SemanticColors &colors) const {
+  return row == 0 && hasLabel() ? colors.secondary : colors.primary;
+}
+
+void CodeBlockView::paintBelow(const FragmentPainting &painting) const {
+  painting.painter.setPen(Qt::NoPen);
+  painting.painter.setBrush(painting.colors.controlBackground);
+  painting.painter.drawRoundedRect(box(), cornerRadius, cornerRadius);
 }
 
 }  // namespace lumiwren

@@ -1,26 +1,44 @@
 #pragma once
 
-#include "markdown/views/BlockView.h"
+#include "markdown/views/MarkdownBlockView.h"
+
+#include <string_view>
+#include <vector>
 
 namespace lumiwren {
 
 /// Code as it stands, line by line, on a rounded background; lines that are too long are scrolled to.
-class CodeBlockView : public BlockView {
+class CodeBlockView : public MarkdownBlockView {
 public:
-  void paint(const FragmentPainting &painting) const override;
-  qreal scrollRange() const override;
-  qreal scrollOffset() const override { return scrollOffset_; }
-  void setScrollOffset(qreal offset) override;
+  explicit CodeBlockView(const MarkdownBlock &block);
 
 private:
-  bool setBlock(const MarkdownBlock &block, const SemanticColors &colors) override;
-  qreal layOut(qreal width) override;
-  void placeLines();
+  std::size_t firstDifference(const MarkdownBlock &next) const override;
+  std::size_t rowCount() const override;
+  qreal gapAbove(std::size_t row) const override;
+  qreal bottomPadding() const override;
+  QRectF scrollPort() const override;
+  qreal contentWidth() const override;
+  std::size_t prepareRows(std::size_t first, const SemanticColors &colors) override;
+  std::optional<RowExtent> knownExtent(std::size_t row) const override;
+  QString rowText(std::size_t row) const override;
+  void fill(std::size_t row, std::vector<TextFragment> &texts, const SemanticColors &colors) const override;
+  qreal arrange(std::size_t row, std::vector<TextFragment> &texts) const override;
+  bool isScrolled(std::size_t row) const override;
+  QColor color(std::size_t row, const SemanticColors &colors) const override;
+  void paintBelow(const FragmentPainting &painting) const override;
 
-  bool hasLabel_ = false;  // the first fragment is the language's name
-  QRectF box_;
-  qreal longestLine_ = 0;
-  qreal scrollOffset_ = 0;
+  const MarkdownCodeBlock &code() const { return blockAs<MarkdownCodeBlock>(); }
+  bool hasLabel() const;
+  std::string_view line(std::size_t row) const;
+  QRectF box() const;
+
+  struct Line {
+    std::size_t begin;
+    std::size_t end;  // before the line feed
+    qreal widest;     // of this line and those before it
+  };
+  std::vector<Line> lines_;
 };
 
 }  // namespace lumiwren

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <variant>
 
 namespace lumiwren {
 namespace {
@@ -16,45 +15,57 @@ constexpr int fontSize = 13;
 
 }  // namespace
 
-void ListView::setItems(const std::vector<std::string_view> &items, const SemanticColors &colors) {
+std::size_t ListView::firstDifference(const MarkdownBlock &next) const {
+  const auto &mine = items(block());
+  const auto &theirs = items(next);
+  return static_cast<std::size_t>(
+      std::mismatch(mine.begin(), mine.end(), theirs.begin(), theirs.end()).first - mine.begin());
+}
+
+qreal ListView::gapAbove(std::size_t row) const {
+  return row > 0 ? itemSpacing : 0;
+}
+
+std::size_t ListView::prepareRows(std::size_t first, const SemanticColors & /*colors*/) {
+  if (first > 0) {
+    return first;
+  }
+  isRightToLeft_ = inlinePlainText(items(block()).front()).isRightToLeft();
+  return 0;
+}
+
+QString ListView::rowText(std::size_t row) const {
+  return label(row) + QLatin1Char(' ') + inlinePlainText(items(block())[row]);
+}
+
+void ListView::fill(std::size_t row, std::vector<TextFragment> &texts, const SemanticColors &colors) const {
   const QFont font = systemFont(fontSize);
-  setFragmentCount(2 * items.size());
-  for (std::size_t index = 0; index < items.size(); ++index) {
-    auto &before = fragment(2 * index);
-    before.setSeparator(QStringLiteral("\n"));
-    before.setText({.text = label(index), .font = font});
-    auto &item = fragment(2 * index + 1);
-    item.setSeparator(QStringLiteral(" "));
-    item.setText(FragmentText::styled(items[index], font, colors));
+  if (texts.empty()) {
+    texts.emplace_back(TextFragment::Wrapping::None);
+    texts.emplace_back();
   }
+  texts[0].setText({.text = label(row), .font = font});
+  texts[1].setText(FragmentText::styled(items(block())[row], font, colors));
 }
 
-qreal ListView::layOut(qreal width) {
-  qreal y = 0;
-  for (std::size_t index = 0; index + 1 < fragments().size(); index += 2) {
-    auto &before = fragment(index);
-    auto &item = fragment(index + 1);
-    before.layOut(width, TextFragment::Wrapping::None);
-    const qreal box = labelWidth(before);
-    before.place({box - before.naturalWidth(), y});
-    item.place({box + partSpacing, y});
-    y += std::max(before.height(), item.layOut(width - box - partSpacing)) + itemSpacing;
+qreal ListView::arrange(std::size_t /*row*/, std::vector<TextFragment> &texts) const {
+  auto &before = texts[0];
+  auto &item = texts[1];
+  const qreal labelHeight = before.layOut(width());
+  const qreal box = labelWidth(before);
+  const qreal itemHeight = item.layOut(width() - box - partSpacing);
+  if (isRightToLeft_) {
+    before.place({width() - box, 0});
+    item.place({0, 0});
+  } else {
+    before.place({box - before.naturalWidth(), 0});
+    item.place({box + partSpacing, 0});
   }
-  return y - itemSpacing;
+  return std::max(labelHeight, itemHeight);
 }
 
-void ListView::paint(const FragmentPainting &painting) const {
-  for (const auto &fragment : fragments()) {
-    fragment->paint(painting, painting.colors.primary);
-  }
-}
-
-bool BulletListView::setBlock(const MarkdownBlock &block, const SemanticColors &colors) {
-  const auto *list = std::get_if<MarkdownBulletList>(&block);
-  if (list) {
-    setItems(list->items, colors);
-  }
-  return list != nullptr;
+const std::vector<std::string_view> &BulletListView::items(const MarkdownBlock &block) const {
+  return std::get<MarkdownBulletList>(block).items;
 }
 
 QString BulletListView::label(std::size_t /*index*/) const {
@@ -65,12 +76,8 @@ qreal BulletListView::labelWidth(const TextFragment &label) const {
   return std::ceil(label.naturalWidth());
 }
 
-bool NumberedListView::setBlock(const MarkdownBlock &block, const SemanticColors &colors) {
-  const auto *list = std::get_if<MarkdownNumberedList>(&block);
-  if (list) {
-    setItems(list->items, colors);
-  }
-  return list != nullptr;
+const std::vector<std::string_view> &NumberedListView::items(const MarkdownBlock &block) const {
+  return std::get<MarkdownNumberedList>(block).items;
 }
 
 QString NumberedListView::label(std::size_t index) const {

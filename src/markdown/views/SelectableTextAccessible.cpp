@@ -70,7 +70,7 @@ QString SelectableTextAccessible::text(int start, int end) const {
 }
 
 int SelectableTextAccessible::characterCount() const {
-  return static_cast<int>(view().plainText().size());
+  return view().length();
 }
 
 QRect SelectableTextAccessible::characterRect(int offset) const {

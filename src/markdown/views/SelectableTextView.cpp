@@ -1,9 +1,9 @@
 #include "markdown/views/SelectableTextView.h"
 
 #include "markdown/views/SelectableTextAccessible.h"
-#include "ui/Palette.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDesktopServices>
@@ -21,59 +21,82 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace lumiwren {
 namespace {
 
 constexpr qreal blockSpacing = 8;
+constexpr std::size_t rowsAtOnce = 300;  // laid out in 10 to 20 ms
+constexpr qreal thumbReach = 4;          // how far from a handle a press still takes it
 
 }  // namespace
 
-SelectableTextView::SelectableTextView(QWidget *parent) : QWidget(parent) {
+SelectableTextView::SelectableTextView(QWidget *parent) : QWidget(parent), colors_(palette()) {
   SelectableTextAccessible::install();
   setMouseTracking(true);
   setFocusPolicy(Qt::ClickFocus);
   setCursor(Qt::IBeamCursor);
+  rest_.setSingleShot(true);
+  connect(&rest_, &QTimer::timeout, this, [this] {
+    layOutBlocks(tops_.size() - 1, rowsAtOnce);
+    Q_EMIT grown();
+  });
 }
 
 SelectableTextView::~SelectableTextView() = default;
 
 void SelectableTextView::blocksChanged(std::size_t first) {
-  first = std::min(first, tops_.size());
-  const auto bottom = [this](std::size_t index) {
-    return tops_[index] + views_[index]->height() + blockSpacing;
-  };
-  qreal y = first > 0 ? bottom(first - 1) : 0;
-  int position = first > 0 ? views_[first - 1]->fragments().back()->end() : 0;
-  update(0, static_cast<int>(y), width(), height() - static_cast<int>(y));
-  tops_.resize(views_.size());
+  layOutBlocks(first, rowsAtOnce);
+}
+
+void SelectableTextView::layOutBlocks(std::size_t first, std::size_t budget) {
+  // The last one that is there may be there in part.
+  first = std::min(first, rest_.isActive() ? tops_.size() - 1 : tops_.size());
+  const qreal before = height_;
+  qreal changedFrom = first > 0 ? tops_[first - 1] + views_[first - 1]->height() : 0;
+  tops_.resize(first);
+  starts_.resize(first);
+  rest_.stop();
   for (std::size_t index = first; index < views_.size(); ++index) {
     auto &view = *views_[index];
-    if (width_ > 0) {
-      view.layOutFor(width_);
+    tops_.push_back(index > 0 ? tops_[index - 1] + views_[index - 1]->height() + blockSpacing : 0);
+    starts_.push_back(index > 0 ? starts_[index - 1] + views_[index - 1]->length() + 1 : 0);
+    const bool wasLetGo = view.isLetGo();
+    const bool isComplete = width_ <= 0 || view.layOut(width_, colors_, budget);
+    if (wasLetGo && !view.isLetGo()) {
+      keepRecent(index);
     }
-    tops_[index] = y;
-    y = bottom(index);
-    view.fragments().front()->setSeparator(index == 0 ? QString() : QStringLiteral("\n"));
-    for (const auto &fragment : view.fragments()) {
-      position += static_cast<int>(fragment->separator().size());
-      fragment->setStart(position);
-      position = fragment->end();
+    if (index == first) {
+      changedFrom = tops_[index] + view.changedFrom();
+    }
+    if (!isComplete) {
+      rest_.start();
+      break;
     }
   }
-  height_ = std::max(0.0, y - blockSpacing);
-  anchor_ = std::min(anchor_, position);
-  cursor_ = std::min(cursor_, position);
-  if (QAccessible::isActive()) {
-    tellAssistiveTechnology();
-  }
+  height_ = tops_.empty() ? 0 : tops_.back() + views_[tops_.size() - 1]->height();
+  anchor_ = std::min(anchor_, length());
+  cursor_ = std::min(cursor_, length());
+  const auto top = static_cast<int>(changedFrom);
+  update(0, top, width(), static_cast<int>(std::max(before, height_)) - top);
+}
+
+void SelectableTextView::keepRecent(std::size_t index) {
+  recent_.add(index, [this](std::size_t old) {
+    if (old < views_.size()) {
+      views_[old]->letGo();
+    }
+  });
 }
 
 int SelectableTextView::layOut(int width) {
   if (width_ != width) {
+    // What is there already stays there: a text that came and went while its width changes could not be read.
+    const bool isNew = width_ <= 0;
     width_ = width;
-    blocksChanged(0);
+    layOutBlocks(0, isNew ? rowsAtOnce : std::numeric_limits<std::size_t>::max());
   }
   return static_cast<int>(height_);
 }
@@ -85,13 +108,17 @@ int SelectableTextView::heightForWidth(int width) const {
 
 QString SelectableTextView::plainText() const {
   QString text;
-  for (const auto &view : views_) {
-    for (const auto &fragment : view->fragments()) {
-      text += fragment->separator();
-      text += fragment->text();
+  for (std::size_t index = 0; index < tops_.size(); ++index) {
+    if (index > 0) {
+      text += QLatin1Char('\n');
     }
+    text += views_[index]->plainText();
   }
   return text;
+}
+
+int SelectableTextView::length() const {
+  return starts_.empty() ? 0 : starts_.back() + views_[starts_.size() - 1]->length();
 }
 
 int SelectableTextView::selectionStart() const {
@@ -103,8 +130,8 @@ int SelectableTextView::selectionEnd() const {
 }
 
 void SelectableTextView::setSelection(int start, int end) {
-  anchor_ = start;
-  cursor_ = end;
+  anchor_ = std::clamp(start, 0, length());
+  cursor_ = std::clamp(end, 0, length());
   update();
 }
 
@@ -113,12 +140,21 @@ QString SelectableTextView::selectedText() const {
 }
 
 void SelectableTextView::selectAll() {
-  setSelection(0, static_cast<int>(plainText().size()));
+  Q_EMIT selectionStarted();
+  setSelection(0, length());
+  publishSelection();
 }
 
-void SelectableTextView::copy() const {
-  if (selectionStart() < selectionEnd()) {
-    QGuiApplication::clipboard()->setText(selectedText());
+void SelectableTextView::copy() {
+  if (hasSelection()) {
+    Q_EMIT copyRequested(selectedText());
+  }
+}
+
+void SelectableTextView::publishSelection() const {
+  auto *const clipboard = QGuiApplication::clipboard();
+  if (hasSelection() && clipboard->supportsSelection()) {
+    clipboard->setText(selectedText(), QClipboard::Selection);
   }
 }
 
@@ -132,46 +168,67 @@ std::optional<std::size_t> SelectableTextView::blockAt(qreal y) const {
 
 int SelectableTextView::positionAt(QPoint point) const {
   const auto index = blockAt(point.y());
-  return index ? views_[*index]->positionAt(QPointF(point) - QPointF(0, tops_[*index])) : 0;
+  return index ? starts_[*index] +
+                     views_[*index]->positionAt(QPointF(point) - QPointF(0, tops_[*index]), colors_)
+               : 0;
 }
 
 QRect SelectableTextView::characterRect(int position) const {
-  for (std::size_t index = 0; index < views_.size(); ++index) {
-    for (const auto &fragment : views_[index]->fragments()) {
-      if (position <= fragment->end()) {
-        return fragment->characterRect(std::max(position, fragment->start()))
-            .translated(0, tops_[index])
-            .toAlignedRect();
-      }
-    }
+  if (starts_.empty()) {
+    return {};
   }
-  return {};
+  const auto after = std::upper_bound(starts_.begin(), starts_.end(), position);
+  const auto index = static_cast<std::size_t>(std::max<std::ptrdiff_t>(after - starts_.begin() - 1, 0));
+  return views_[index]
+      ->characterRect(position - starts_[index], colors_)
+      .translated(0, tops_[index])
+      .toAlignedRect();
 }
 
 const FragmentText::Link *SelectableTextView::linkAt(QPoint point) const {
   const auto index = blockAt(point.y());
-  return index ? views_[*index]->linkAt(QPointF(point) - QPointF(0, tops_[*index])) : nullptr;
+  return index ? views_[*index]->linkAt(QPointF(point) - QPointF(0, tops_[*index]), colors_) : nullptr;
+}
+
+std::optional<std::size_t> SelectableTextView::thumbAt(QPoint point) const {
+  const auto index = blockAt(point.y());
+  if (index) {
+    const QRectF thumb = views_[*index]->scrollThumb();
+    if (!thumb.isEmpty() && thumb.translated(0, tops_[*index])
+                                .adjusted(-thumbReach, -thumbReach, thumbReach, thumbReach)
+                                .contains(point)) {
+      return index;
+    }
+  }
+  return std::nullopt;
 }
 
 void SelectableTextView::paintEvent(QPaintEvent *event) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  const SemanticColors colors(palette());
   const QRectF exposed = event->rect();
-  const auto first = blockAt(exposed.top());
-  for (std::size_t index = first.value_or(views_.size()); index < views_.size(); ++index) {
-    if (tops_[index] >= exposed.bottom()) {
-      break;
-    }
+  const FragmentPainting painting{painter, colors_, exposed, selectionStart(), selectionEnd()};
+  for (std::size_t index = blockAt(exposed.top()).value_or(0);
+       index < tops_.size() && tops_[index] < exposed.bottom(); ++index) {
     const QPointF origin(0, tops_[index]);
+    if (views_[index]->isLetGo()) {
+      keepRecent(index);
+    }
     painter.translate(origin);
-    views_[index]->paint({.painter = painter,
-                          .colors = colors,
-                          .exposed = exposed.translated(-origin),
-                          .selectionStart = selectionStart(),
-                          .selectionEnd = selectionEnd()});
+    views_[index]->paint(painting.forPart(origin, starts_[index]));
     painter.translate(-origin);
   }
+}
+
+void SelectableTextView::changeEvent(QEvent *event) {
+  if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
+    colors_ = SemanticColors(palette());
+    for (const auto &view : views_) {
+      view->restyle();
+    }
+    blocksChanged(0);
+  }
+  QWidget::changeEvent(event);
 }
 
 void SelectableTextView::resizeEvent(QResizeEvent *event) {
@@ -180,41 +237,61 @@ void SelectableTextView::resizeEvent(QResizeEvent *event) {
 }
 
 void SelectableTextView::mousePressEvent(QMouseEvent *event) {
+  const QPoint point = event->position().toPoint();
   if (event->button() != Qt::LeftButton) {
     QWidget::mousePressEvent(event);
     return;
   }
-  const auto *link = linkAt(event->position().toPoint());
-  pressedLink_ = link ? link->address : QString();
-  cursor_ = positionAt(event->position().toPoint());
-  if (!event->modifiers().testFlag(Qt::ShiftModifier)) {
-    anchor_ = cursor_;
+  if (const auto block = thumbAt(point)) {
+    heldThumb_ = {*block, event->position().x(), views_[*block]->scrollOffset()};
+    return;
   }
-  selecting_ = true;
-  update();
+  if (sinceDoubleClick_.isValid() && sinceDoubleClick_.elapsed() < QApplication::doubleClickInterval() &&
+      (point - doubleClickedAt_).manhattanLength() < QApplication::startDragDistance()) {
+    sinceDoubleClick_.invalidate();
+    selectLineAt(positionAt(point));
+    return;
+  }
+  const auto *link = linkAt(point);
+  pressedLink_ = link ? link->address : QString();
+  Q_EMIT selectionStarted();
+  const int position = positionAt(point);
+  setSelection(event->modifiers().testFlag(Qt::ShiftModifier) ? anchor_ : position, position);
+  isSelecting_ = true;
+}
+
+void SelectableTextView::dragTo(QPoint point) {
+  if (const int position = positionAt(point); position != cursor_) {
+    cursor_ = position;
+    update();
+  }
 }
 
 void SelectableTextView::mouseMoveEvent(QMouseEvent *event) {
   const QPoint point = event->position().toPoint();
-  if (selecting_) {
-    cursor_ = positionAt(point);
-    update();
+  if (heldThumb_) {
+    const auto &[block, pointer, offset] = *heldThumb_;
+    scrollBlock(block, offset + views_[block]->scrollOffsetFor(event->position().x() - pointer));
+  } else if (isSelecting_) {
+    dragTo(point);
+    Q_EMIT selectionDragged(event->globalPosition().toPoint());
   } else {
-    setCursor(linkAt(point) ? Qt::PointingHandCursor : Qt::IBeamCursor);
+    setCursor(thumbAt(point) ? Qt::ArrowCursor : linkAt(point) ? Qt::PointingHandCursor : Qt::IBeamCursor);
   }
 }
 
 void SelectableTextView::mouseReleaseEvent(QMouseEvent *event) {
-  if (event->button() != Qt::LeftButton || !selecting_) {
+  if (event->button() != Qt::LeftButton) {
     QWidget::mouseReleaseEvent(event);
     return;
   }
-  selecting_ = false;
-  if (selectionStart() < selectionEnd()) {
-    auto *const clipboard = QGuiApplication::clipboard();
-    if (clipboard->supportsSelection()) {
-      clipboard->setText(selectedText(), QClipboard::Selection);
-    }
+  heldThumb_.reset();
+  if (!std::exchange(isSelecting_, false)) {
+    return;
+  }
+  Q_EMIT selectionEnded();
+  if (hasSelection()) {
+    publishSelection();
     return;
   }
   const auto *link = linkAt(event->position().toPoint());
@@ -227,15 +304,27 @@ void SelectableTextView::mouseDoubleClickEvent(QMouseEvent *event) {
   if (event->button() != Qt::LeftButton) {
     return;
   }
+  sinceDoubleClick_.start();
+  doubleClickedAt_ = event->position().toPoint();
   const QString text = plainText();
   QTextBoundaryFinder finder(QTextBoundaryFinder::Word, text);
-  const int position = positionAt(event->position().toPoint());
+  const int position = positionAt(doubleClickedAt_);
   finder.setPosition(std::min<qsizetype>(position + 1, text.size()));
   const auto start = finder.toPreviousBoundary();
   const auto end = finder.toNextBoundary();
+  Q_EMIT selectionStarted();
   setSelection(static_cast<int>(std::max<qsizetype>(start, 0)),
                static_cast<int>(end < 0 ? text.size() : end));
-  selecting_ = true;
+  isSelecting_ = true;
+}
+
+void SelectableTextView::selectLineAt(int position) {
+  const QString text = plainText();
+  const auto start = position > 0 ? text.lastIndexOf(QLatin1Char('\n'), position - 1) + 1 : 0;
+  const auto end = text.indexOf(QLatin1Char('\n'), position);
+  Q_EMIT selectionStarted();
+  setSelection(static_cast<int>(start), static_cast<int>(end < 0 ? text.size() : end));
+  publishSelection();
 }
 
 void SelectableTextView::keyPressEvent(QKeyEvent *event) {
@@ -248,8 +337,8 @@ void SelectableTextView::keyPressEvent(QKeyEvent *event) {
   }
 }
 
-void SelectableTextView::scrollBlock(std::size_t index, qreal delta) {
-  views_[index]->setScrollOffset(views_[index]->scrollOffset() + delta);
+void SelectableTextView::scrollBlock(std::size_t index, qreal offset) {
+  views_[index]->setScrollOffset(offset);
   update(0, static_cast<int>(tops_[index]), width(), static_cast<int>(views_[index]->height()));
 }
 
@@ -260,7 +349,7 @@ void SelectableTextView::wheelEvent(QWheelEvent *event) {
   const bool sideways =
       std::abs(pixels.x()) > std::abs(pixels.y()) || event->modifiers().testFlag(Qt::ShiftModifier);
   if (index && sideways && views_[*index]->scrollRange() > 0) {
-    scrollBlock(*index, -(pixels.x() != 0 ? pixels.x() : pixels.y()));
+    scrollBlock(*index, views_[*index]->scrollOffset() - (pixels.x() != 0 ? pixels.x() : pixels.y()));
     event->accept();
   } else {
     event->ignore();
@@ -271,7 +360,7 @@ void SelectableTextView::contextMenuEvent(QContextMenuEvent *event) {
   auto *const menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
   auto *const copyAction = menu->addAction(QStringLiteral("Copy"), this, &SelectableTextView::copy);
-  copyAction->setEnabled(selectionStart() < selectionEnd());
+  copyAction->setEnabled(hasSelection());
   menu->addAction(QStringLiteral("Select All"), this, &SelectableTextView::selectAll);
   menu->popup(event->globalPos());
 }
@@ -289,17 +378,20 @@ bool SelectableTextView::event(QEvent *event) {
   return true;
 }
 
-void SelectableTextView::tellAssistiveTechnology() {
-  const QString before = std::exchange(told_, plainText());
-  if (before == told_) {
-    return;
-  }
-  if (told_.startsWith(before)) {
-    QAccessibleTextInsertEvent grown(this, static_cast<int>(before.size()), told_.mid(before.size()));
-    QAccessible::updateAccessibility(&grown);
-  } else {
-    QAccessibleTextUpdateEvent changed(this, 0, before, told_);
+void SelectableTextView::tellAssistiveTechnology(int upTo) {
+  const QString now = plainText().left(upTo);
+  const auto common =
+      std::mismatch(told_.cbegin(), told_.cend(), now.cbegin(), now.cend()).first - told_.cbegin();
+  const auto from = static_cast<int>(common);
+  const QString gone = told_.mid(from);
+  const QString come = now.mid(from);
+  told_ = now;
+  if (!gone.isEmpty()) {
+    QAccessibleTextUpdateEvent changed(this, from, gone, come);
     QAccessible::updateAccessibility(&changed);
+  } else if (!come.isEmpty()) {
+    QAccessibleTextInsertEvent grown(this, from, come);
+    QAccessible::updateAccessibility(&grown);
   }
 }
 

@@ -1,11 +1,13 @@
 #include "markdown/views/TableGridView.h"
 
 #include "base/Unicode.h"
+#include "markdown/views/QuickMetrics.h"
 #include "ui/Fonts.h"
 
+#include <QFontMetricsF>
+
 #include <algorithm>
-#include <string_view>
-#include <variant>
+#include <cmath>
 
 namespace lumiwren {
 namespace {
@@ -16,85 +18,176 @@ constexpr qreal headerPadding = 6;
 constexpr qreal rowPadding = 5;
 constexpr qreal lineWidth = 1;
 constexpr qreal cornerRadius = 4;
+constexpr qreal thumbStrip = 7;           // below the last row of a table that scrolls
+constexpr std::size_t measuredRows = 50;  // whose words decide how wide columns have to be
+constexpr qreal widestColumn = 140;       // for the sake of a long word
+
+QFont fontOf(std::size_t row) {
+  return row == 0 ? systemFont(fontSize, QFont::DemiBold) : systemFont(fontSize);
+}
+
+qreal paddingOf(std::size_t row) {
+  return row == 0 ? headerPadding : rowPadding;
+}
 
 }  // namespace
 
-bool TableGridView::setBlock(const MarkdownBlock &block, const SemanticColors & /*colors*/) {
-  const auto *table = std::get_if<MarkdownTable>(&block);
-  if (!table) {
-    return false;
+TableGridView::TableGridView(const MarkdownBlock &block) : MarkdownBlockView(block) {}
+
+std::size_t TableGridView::firstDifference(const MarkdownBlock &next) const {
+  const auto &theirs = std::get<MarkdownTable>(next);
+  if (theirs.columnCount != table().columnCount || theirs.headers != table().headers) {
+    return 0;
   }
-  columnCount_ = table->columnCount;
-  setFragmentCount((table->rows.size() + 1) * columnCount_);
-  const auto setRow = [&](std::size_t row, const std::vector<std::string_view> &cells, const QFont &font) {
-    for (std::size_t column = 0; column < columnCount_; ++column) {
-      const auto text =
-          column < cells.size() ? unicode::trimHorizontalSpace(cells[column]) : std::string_view();
-      auto &cell = fragment(row * columnCount_ + column);
-      cell.setSeparator(column == 0 ? QStringLiteral("\n") : QStringLiteral("\t"));
-      cell.setText(FragmentText::plain(text, font));
-    }
-  };
-  setRow(0, table->headers, systemFont(fontSize, QFont::DemiBold));
-  const QFont font = systemFont(fontSize);
-  for (std::size_t row = 0; row < table->rows.size(); ++row) {
-    setRow(row + 1, table->rows[row], font);
-  }
-  return true;
+  const auto &mine = table().rows;
+  return static_cast<std::size_t>(
+      std::mismatch(mine.begin(), mine.end(), theirs.rows.begin(), theirs.rows.end()).first - mine.begin() +
+      1);
 }
 
-qreal TableGridView::layOut(qreal width) {
-  width_ = width;
-  rowTops_.clear();
-  const auto columns = static_cast<qreal>(columnCount_);
-  const qreal columnWidth = (width - (columns - 1) * lineWidth) / columns;
-  qreal y = 0;
-  for (std::size_t first = 0; first < fragments().size(); first += columnCount_) {
-    const qreal padding = first == 0 ? headerPadding : rowPadding;
-    qreal height = 0;
-    rowTops_.push_back(y);
-    for (std::size_t column = 0; column < columnCount_; ++column) {
-      auto &cell = fragment(first + column);
-      height = std::max(height, cell.layOut(columnWidth - 2 * horizontalPadding));
-      cell.place({static_cast<qreal>(column) * (columnWidth + lineWidth) + horizontalPadding, y + padding});
+std::string_view TableGridView::cell(std::size_t row, std::size_t column) const {
+  const auto &cells = row == 0 ? table().headers : table().rows[row - 1];
+  return column < cells.size() ? unicode::trimHorizontalSpace(cells[column]) : std::string_view();
+}
+
+qreal TableGridView::widestWord(std::size_t row) const {
+  const QFont font = fontOf(row);
+  const auto &metrics = QuickMetrics::of(font);
+  qreal widest = 0;
+  for (std::size_t column = 0; column < table().columnCount; ++column) {
+    auto rest = cell(row, column);
+    while (!rest.empty()) {
+      const auto end = std::min(rest.find(' '), rest.size());
+      const auto word = rest.substr(0, end);
+      const auto width = metrics.width(word);
+      // Other scripts may break inside a word.
+      widest = std::max(widest, width ? *width : QFontMetricsF(font).averageCharWidth() * 6);
+      rest.remove_prefix(std::min(end + 1, rest.size()));
     }
-    y += height + 2 * padding + lineWidth;
   }
+  return widest;
+}
+
+std::size_t TableGridView::prepareRows(std::size_t first, const SemanticColors & /*colors*/) {
+  const qreal before = contentWidth_;
+  widestWords_.resize(std::min(widestWords_.size(), first));
+  while (widestWords_.size() < std::min(rowCount(), measuredRows)) {
+    widestWords_.push_back(widestWord(widestWords_.size()));
+  }
+  const auto columns = static_cast<qreal>(table().columnCount);
+  const qreal share = (width() - (columns - 1) * lineWidth) / columns;
+  const qreal needed =
+      std::min(widestColumn, std::ceil(*std::max_element(widestWords_.begin(), widestWords_.end())) +
+                                 2 * horizontalPadding);
+  contentWidth_ = needed > share ? columns * (needed + lineWidth) - lineWidth : width();
+  if (first > 0 && contentWidth_ == before) {
+    return first;
+  }
+  const auto &headers = table().headers;
+  const auto begins = std::find_if(headers.begin(), headers.end(), [](std::string_view header) {
+    return !unicode::trimHorizontalSpace(header).empty();
+  });
+  isRightToLeft_ = begins != headers.end() && fromUtf8(*begins).isRightToLeft();
+  return 0;
+}
+
+qreal TableGridView::columnLeft(std::size_t column) const {
+  // On whole points, so that lines are sharp.
+  return std::floor(static_cast<qreal>(column) * (contentWidth_ + lineWidth) /
+                    static_cast<qreal>(table().columnCount));
+}
+
+qreal TableGridView::textWidth(std::size_t column) const {
+  return columnLeft(column + 1) - columnLeft(column) - lineWidth - 2 * horizontalPadding;
+}
+
+qreal TableGridView::gapAbove(std::size_t row) const {
+  return row > 0 ? lineWidth : 0;
+}
+
+qreal TableGridView::bottomPadding() const {
   // The header has its line below it also when it is alone; the last row has none.
-  if (rowTops_.size() > 1) {
-    y -= lineWidth;
-  }
-  rowTops_.push_back(y);
-  return y;
+  return (table().rows.empty() ? lineWidth : 0) + (scrollRange() > 0 ? thumbStrip : 0);
 }
 
-void TableGridView::paint(const FragmentPainting &painting) const {
+QRectF TableGridView::scrollPort() const {
+  return QRectF(0, 0, width(), height()).adjusted(lineWidth, 0, -lineWidth, 0);
+}
+
+std::optional<BlockView::RowExtent> TableGridView::knownExtent(std::size_t row) const {
+  const auto &metrics = QuickMetrics::of(fontOf(row));
+  RowExtent extent{metrics.lineHeight() + 2 * paddingOf(row), static_cast<int>(table().columnCount) - 1};
+  for (std::size_t column = 0; column < table().columnCount; ++column) {
+    const auto text = cell(row, column);
+    const auto width = metrics.width(text);
+    if (!width || *width > textWidth(column)) {
+      return std::nullopt;
+    }
+    extent.length += static_cast<int>(text.size());
+  }
+  return extent;
+}
+
+QString TableGridView::rowText(std::size_t row) const {
+  QString text;
+  for (std::size_t column = 0; column < table().columnCount; ++column) {
+    if (column > 0) {
+      text += QLatin1Char('\t');
+    }
+    text += fromUtf8(cell(row, column));
+  }
+  return text;
+}
+
+void TableGridView::fill(std::size_t row, std::vector<TextFragment> &texts,
+                         const SemanticColors & /*colors*/) const {
+  const QFont font = fontOf(row);
+  texts.resize(table().columnCount);
+  for (std::size_t column = 0; column < texts.size(); ++column) {
+    texts[column].setText(FragmentText::plain(cell(row, column), font));
+  }
+}
+
+qreal TableGridView::arrange(std::size_t row, std::vector<TextFragment> &texts) const {
+  qreal height = 0;
+  for (std::size_t column = 0; column < texts.size(); ++column) {
+    height = std::max(height, texts[column].layOut(textWidth(column)));
+    const qreal left =
+        isRightToLeft_ ? contentWidth_ + lineWidth - columnLeft(column + 1) : columnLeft(column);
+    texts[column].place({left + horizontalPadding, paddingOf(row)});
+  }
+  return height + 2 * paddingOf(row);
+}
+
+void TableGridView::paintAbove(const FragmentPainting &painting) const {
   auto &painter = painting.painter;
   const QColor border = withOpacity(painting.colors.primary, MarkdownTable::borderColor.opacity);
   const QColor inner = withOpacity(border, 0.5);
-  const auto columns = static_cast<qreal>(columnCount_);
-  const qreal columnWidth = (width_ - (columns - 1) * lineWidth) / columns;
-  for (std::size_t row = 0; row + 1 < rowTops_.size(); ++row) {
-    const bool isHeader = row == 0;
-    const bool isLast = row + 2 == rowTops_.size();
-    const bool hasLine = isHeader || !isLast;
-    const qreal bottom = rowTops_[row + 1] - (hasLine ? lineWidth : 0);
-    const QColor &color = isHeader ? border : inner;
-    for (std::size_t column = 1; column < columnCount_; ++column) {
-      const qreal x = static_cast<qreal>(column) * (columnWidth + lineWidth) - lineWidth;
-      painter.fillRect(QRectF(x, rowTops_[row], lineWidth, bottom - rowTops_[row]), color);
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  painter.setClipRect(QRectF(0, 0, width(), height()), Qt::IntersectClip);
+  for (std::size_t row = 0; row < rows().size(); ++row) {
+    const auto &place = rows()[row];
+    if (place.bottom() + lineWidth < painting.exposed.top()) {
+      continue;
     }
-    if (hasLine) {
-      painter.fillRect(QRectF(0, bottom, width_, lineWidth), color);
+    if (place.top > painting.exposed.bottom()) {
+      break;
+    }
+    const QColor &color = row == 0 ? border : inner;
+    for (std::size_t column = 1; column < table().columnCount; ++column) {
+      const qreal left = isRightToLeft_ ? contentWidth_ - columnLeft(column) : columnLeft(column) - lineWidth;
+      painter.fillRect(QRectF(left - scrollOffset(), place.top, lineWidth, place.height), color);
+    }
+    if (row == 0 || row + 1 < rows().size()) {
+      painter.fillRect(QRectF(0, place.bottom(), width(), lineWidth), color);
     }
   }
+  painter.restore();
   painter.setPen(QPen(border, lineWidth));
   painter.setBrush(Qt::NoBrush);
-  painter.drawRoundedRect(QRectF(0, 0, width_, rowTops_.back()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
+  painter.drawRoundedRect(QRectF(0, 0, width(), height()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
                           cornerRadius);
-  for (const auto &cell : fragments()) {
-    cell->paint(painting, painting.colors.primary);
-  }
 }
 
 }  // namespace lumiwren

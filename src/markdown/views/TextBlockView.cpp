@@ -2,9 +2,6 @@
 
 #include "ui/Fonts.h"
 
-#include <utility>
-#include <variant>
-
 namespace lumiwren {
 namespace {
 
@@ -22,30 +19,24 @@ QFont qFont(const MarkdownFont &font) {
 
 }  // namespace
 
-void TextBlockView::showText(FragmentText text) {
-  // Line ends of a text that is no Markdown are shown as such.
-  text.text.replace(QLatin1Char('\n'), QChar::LineSeparator);
-  fragment(0).setText(std::move(text));
+QString TextBlockView::rowText(std::size_t /*row*/) const {
+  const auto *heading = std::get_if<MarkdownHeading>(&block());
+  return heading ? fromUtf8(heading->text) : inlinePlainText(blockAs<MarkdownParagraph>().text);
 }
 
-bool TextBlockView::setBlock(const MarkdownBlock &block, const SemanticColors &colors) {
-  if (const auto *heading = std::get_if<MarkdownHeading>(&block)) {
-    fragment(0).setText(FragmentText::plain(heading->text, qFont(heading->font())));
-    return true;
+void TextBlockView::fill(std::size_t /*row*/, std::vector<TextFragment> &texts,
+                         const SemanticColors &colors) const {
+  texts.resize(1);
+  if (const auto *heading = std::get_if<MarkdownHeading>(&block())) {
+    texts.front().setText(FragmentText::plain(heading->text, qFont(heading->font())));
+  } else {
+    texts.front().setText(
+        FragmentText::styled(blockAs<MarkdownParagraph>().text, qFont(MarkdownParagraph::font), colors));
   }
-  if (const auto *paragraph = std::get_if<MarkdownParagraph>(&block)) {
-    fragment(0).setText(FragmentText::styled(paragraph->text, qFont(MarkdownParagraph::font), colors));
-    return true;
-  }
-  return false;
 }
 
-qreal TextBlockView::layOut(qreal width) {
-  return fragment(0).layOut(width);
-}
-
-void TextBlockView::paint(const FragmentPainting &painting) const {
-  fragments().front()->paint(painting, painting.colors.primary);
+qreal TextBlockView::arrange(std::size_t /*row*/, std::vector<TextFragment> &texts) const {
+  return texts.front().layOut(width());
 }
 
 }  // namespace lumiwren

@@ -1,13 +1,12 @@
 #include "markdown/views/TextFragment.h"
 
-#include "ui/Fonts.h"
-
 #include <QFontMetricsF>
+#include <QTextBoundaryFinder>
 #include <QTextCharFormat>
 #include <QTextOption>
-#include <QUrl>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace lumiwren {
@@ -15,178 +14,230 @@ namespace {
 
 constexpr int tabWidth = 4;  // in spaces
 constexpr qreal unlimitedWidth = 1 << 20;
+constexpr int pieceLength = 2048;  // in UTF-16 units; laid out in half a millisecond
 
-QString fromUtf8(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+/// A place not far before `end` at which a line that is not wrapped can be cut without a trace.
+int seam(const QString &text, int start, int end) {
+  const int searched = std::max(start + 1, end - 256);
+  for (int at = end; at > searched; --at) {
+    if (text[at - 1] == QLatin1Char(' ')) {
+      return at;
+    }
+  }
+  QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, QStringView(text).mid(searched, end - searched));
+  finder.toEnd();
+  const auto boundary = finder.toPreviousBoundary();
+  return boundary > 0 ? searched + static_cast<int>(boundary) : end;
 }
 
-/// The address in its encoded form, which holds nothing that a tooltip could take for markup; empty when it
-/// is not safe to open.
-QString safeAddress(const std::string &destination) {
-  const QUrl url(fromUtf8(destination), QUrl::StrictMode);
-  const auto scheme = url.scheme();
-  const bool web =
-      (scheme == QLatin1String("http") || scheme == QLatin1String("https")) && !url.host().isEmpty();
-  if (!url.isValid() || !(web || scheme == QLatin1String("mailto"))) {
-    return {};
+QTextLine lineAt(const QTextLayout &layout, qreal y) {
+  for (int index = 0; index + 1 < layout.lineCount(); ++index) {
+    if (y < layout.lineAt(index + 1).y()) {
+      return layout.lineAt(index);
+    }
   }
-  return QString::fromLatin1(url.toEncoded());
-}
-
-QTextCharFormat charFormat(const MarkdownRun &run, const QFont &font, const SemanticColors &colors,
-                           bool isLink) {
-  QTextCharFormat format;
-  if (contains(run.style, MarkdownStyle::Code)) {
-    format.setFont(monospacedSystemFont(font.pixelSize() - 1));
-    format.setBackground(withOpacity(colors.primary, 0.08));
-  }
-  if (contains(run.style, MarkdownStyle::Emphasis)) {
-    format.setFontItalic(true);
-  }
-  if (contains(run.style, MarkdownStyle::Strong)) {
-    format.setFontWeight(QFont::Bold);
-  }
-  if (contains(run.style, MarkdownStyle::Strikethrough)) {
-    format.setFontStrikeOut(true);
-  }
-  if (contains(run.style, MarkdownStyle::Image)) {
-    format.setForeground(colors.secondary);
-  }
-  if (isLink) {
-    format.setForeground(colors.link);
-    format.setFontUnderline(true);
-  }
-  return format;
+  return layout.lineAt(layout.lineCount() - 1);
 }
 
 }  // namespace
 
-FragmentText FragmentText::plain(std::string_view text, const QFont &font) {
-  return {.text = fromUtf8(text), .font = font};
-}
-
-FragmentText FragmentText::styled(std::string_view line, const QFont &font, const SemanticColors &colors) {
-  const auto inlineText = parseInlineMarkdown(line);
-  FragmentText result{.text = {}, .font = font};
-  for (const auto &run : inlineText.runs) {
-    const auto text = fromUtf8(std::string_view(inlineText.text).substr(run.begin, run.length));
-    const int start = static_cast<int>(result.text.size());
-    const int length = static_cast<int>(text.size());
-    QString address;
-    if (run.link != MarkdownRun::noLink) {
-      address = safeAddress(inlineText.links.at(static_cast<std::size_t>(run.link)));
-    }
-    if (run.style != MarkdownStyle::Plain || !address.isEmpty()) {
-      result.formats.push_back({start, length, charFormat(run, font, colors, !address.isEmpty())});
-    }
-    if (!address.isEmpty()) {
-      result.links.push_back({start, length, address});
-    }
-    result.text += text;
+void TextFragment::setText(FragmentText text) {
+  const int common = text_.commonStart(text);
+  if (common == text_.text.size() && common == text.text.size()) {
+    text_.links = std::move(text.links);
+    return;
   }
-  return result;
-}
-
-bool TextFragment::setText(FragmentText text) {
-  if (text == text_ && width_ >= 0) {
-    return false;
+  // The last piece may have ended for no other reason than the text's end.
+  while (!pieces_.empty() && (pieces_.back().lookedTo > common || pieces_.back().end == length())) {
+    pieces_.pop_back();
   }
   text_ = std::move(text);
-  width_ = -1;
-  return true;
+  const bool rightToLeft = wrapping_ == Wrapping::Wrap && text_.text.isRightToLeft();
+  if (rightToLeft != isRightToLeft_) {
+    isRightToLeft_ = rightToLeft;
+    pieces_.clear();
+  }
 }
 
-qreal TextFragment::layOut(qreal width, Wrapping wrapping) {
+std::unique_ptr<QTextLayout> TextFragment::makeLayout(int start, int end) const {
+  QTextOption option;
+  option.setTabStopDistance(tabWidth * QFontMetricsF(text_.font).horizontalAdvance(QLatin1Char(' ')));
+  option.setWrapMode(wrapping_ == Wrapping::Wrap ? QTextOption::WrapAtWordBoundaryOrAnywhere
+                                                 : QTextOption::NoWrap);
+  option.setAlignment(isRightToLeft_ ? Qt::AlignRight : Qt::AlignLeft);
+  option.setTextDirection(isRightToLeft_ ? Qt::RightToLeft : Qt::LeftToRight);
+  auto layout = std::make_unique<QTextLayout>(text_.text.mid(start, end - start), text_.font);
+  QList<QTextLayout::FormatRange> formats;
+  for (auto format : text_.formats) {
+    if (format.start < end && format.start + format.length > start) {
+      format.start -= start;
+      formats.push_back(format);
+    }
+  }
+  layout->setFormats(formats);
+  layout->setTextOption(option);
+  layout->setCacheEnabled(true);
+  qreal y = 0;
+  layout->beginLayout();
+  for (auto line = layout->createLine(); line.isValid(); line = layout->createLine()) {
+    line.setLineWidth(wrapping_ == Wrapping::Wrap ? width_ : unlimitedWidth);
+    line.setPosition({0, y});
+    y += std::ceil(line.height());
+  }
+  layout->endLayout();
+  return layout;
+}
+
+void TextFragment::addPiece(int start) {
+  int window = pieceLength;
+  while (true) {
+    const int lookedTo = std::min(length(), start + window);
+    const bool isLast = lookedTo == length();
+    const int cut = wrapping_ == Wrapping::None && !isLast ? seam(text_.text, start, lookedTo) : lookedTo;
+    auto layout = makeLayout(start, cut);
+    int lines = layout->lineCount();
+    if (wrapping_ == Wrapping::Wrap && !isLast) {
+      // Where the last line ends depends on what follows; it begins the next piece.
+      --lines;
+      if (lines == 0) {
+        window *= 2;
+        continue;
+      }
+    }
+    Piece piece{
+        .start = start, .end = cut, .lookedTo = lookedTo, .rect = {}, .naturalWidth = 0, .layout = {}};
+    const qreal before = pieces_.empty()               ? 0
+                         : wrapping_ == Wrapping::Wrap ? pieces_.back().rect.bottom()
+                                                       : pieces_.back().rect.right();
+    qreal height = 0;
+    for (int index = 0; index < lines; ++index) {
+      const auto line = layout->lineAt(index);
+      height += std::ceil(line.height());
+      piece.naturalWidth = std::max(piece.naturalWidth, line.naturalTextWidth());
+    }
+    if (wrapping_ == Wrapping::Wrap) {
+      piece.rect = QRectF(0, before, width_, height);
+      if (!isLast) {
+        piece.end = start + layout->lineAt(lines).textStart();
+        layout.reset();  // It holds a line too many.
+      }
+    } else {
+      piece.rect =
+          QRectF(before, 0, isLast ? piece.naturalWidth : layout->lineAt(0).horizontalAdvance(), height);
+    }
+    piece.layout = std::move(layout);
+    pieces_.push_back(std::move(piece));
+    if (pieces_.back().layout) {
+      recent_.add(pieces_.size() - 1, [this](std::size_t old) {
+        if (old < pieces_.size()) {
+          pieces_[old].layout.reset();
+        }
+      });
+    }
+    return;
+  }
+}
+
+qreal TextFragment::layOut(qreal width) {
   width = std::max(width, 1.0);
-  if (width == width_) {
+  if (width_ != width) {
+    width_ = width;
+    if (wrapping_ == Wrapping::Wrap) {
+      pieces_.clear();
+    }
+  }
+  if (!pieces_.empty() && pieces_.back().end == length()) {
     return height_;
   }
-  width_ = width;
-  QTextOption option;
-  option.setAlignment(alignment_);
-  option.setTabStopDistance(tabWidth * QFontMetricsF(text_.font).horizontalAdvance(QLatin1Char(' ')));
-  if (wrapping == Wrapping::Wrap) {
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setTextDirection(Qt::LayoutDirectionAuto);
-  } else {
-    option.setWrapMode(QTextOption::NoWrap);
-    option.setTextDirection(Qt::LeftToRight);
-  }
-  layout_.setText(text_.text);
-  layout_.setFont(text_.font);
-  layout_.setFormats(text_.formats);
-  layout_.setTextOption(option);
-  layout_.setCacheEnabled(true);
+  do {
+    addPiece(pieces_.empty() ? 0 : pieces_.back().end);
+  } while (pieces_.back().end < length());
   height_ = 0;
   naturalWidth_ = 0;
-  layout_.beginLayout();
-  while (true) {
-    QTextLine line = layout_.createLine();
-    if (!line.isValid()) {
-      break;
-    }
-    line.setLineWidth(wrapping == Wrapping::Wrap ? width : unlimitedWidth);
-    line.setPosition({0, height_});
-    height_ += std::ceil(line.height());
-    naturalWidth_ = std::max(naturalWidth_, line.naturalTextWidth());
+  for (const auto &piece : pieces_) {
+    height_ = std::max(height_, piece.rect.bottom());
+    naturalWidth_ = wrapping_ == Wrapping::Wrap ? std::max(naturalWidth_, piece.naturalWidth)
+                                                : piece.rect.left() + piece.naturalWidth;
   }
-  layout_.endLayout();
   return height_;
 }
 
-void TextFragment::paint(const FragmentPainting &painting, const QColor &color) const {
-  // A text without wrapping is wider than its place.
-  const QRectF extent(position_, QSizeF(std::max(width_, naturalWidth_), height_));
-  if (!extent.intersects(painting.exposed)) {
-    return;
+QTextLayout &TextFragment::layoutOf(std::size_t index) {
+  auto &piece = pieces_[index];
+  if (!piece.layout) {
+    piece.layout = makeLayout(piece.start, piece.end);
+    recent_.add(index, [this](std::size_t old) {
+      if (old < pieces_.size()) {
+        pieces_[old].layout.reset();
+      }
+    });
   }
-  QList<QTextLayout::FormatRange> selections;
-  const int from = std::max(painting.selectionStart, start()) - start();
-  const int to = std::min(painting.selectionEnd, end()) - start();
-  if (from < to) {
-    QTextCharFormat format;
-    format.setBackground(withOpacity(painting.colors.selection, 0.4));
-    selections.push_back({from, to - from, format});
-  }
+  return *piece.layout;
+}
+
+std::size_t TextFragment::pieceAt(QPointF point) const {
+  const auto after = std::partition_point(pieces_.begin(), pieces_.end(), [this, point](const Piece &piece) {
+    return wrapping_ == Wrapping::Wrap ? piece.rect.bottom() <= point.y() : piece.rect.right() <= point.x();
+  });
+  return static_cast<std::size_t>(std::min(after, pieces_.end() - 1) - pieces_.begin());
+}
+
+std::size_t TextFragment::pieceOf(int position) const {
+  const auto after = std::partition_point(pieces_.begin(), pieces_.end(),
+                                          [position](const Piece &piece) { return piece.end <= position; });
+  return static_cast<std::size_t>(std::min(after, pieces_.end() - 1) - pieces_.begin());
+}
+
+void TextFragment::paint(const FragmentPainting &painting, const QColor &color) {
   painting.painter.setPen(color);
-  layout_.draw(&painting.painter, position_, selections, painting.exposed);
-}
-
-QTextLine TextFragment::lineAt(qreal y) const {
-  for (int index = 0; index + 1 < layout_.lineCount(); ++index) {
-    if (y < layout_.lineAt(index + 1).y()) {
-      return layout_.lineAt(index);
+  for (std::size_t index = pieceAt(painting.exposed.topLeft()); index < pieces_.size(); ++index) {
+    const auto &piece = pieces_[index];
+    if (!piece.rect.intersects(painting.exposed)) {
+      break;
     }
+    QList<QTextLayout::FormatRange> selections;
+    const int from = std::max(painting.selectionStart, piece.start);
+    const int to = std::min(painting.selectionEnd, piece.end);
+    if (from < to) {
+      QTextCharFormat format;
+      format.setBackground(withOpacity(painting.colors.selection, 0.4));
+      selections.push_back({from - piece.start, to - from, format});
+    }
+    layoutOf(index).draw(&painting.painter, piece.rect.topLeft(), selections, painting.exposed);
   }
-  return layout_.lineAt(layout_.lineCount() - 1);
 }
 
-int TextFragment::positionAt(QPointF point) const {
-  const auto line = lineAt(point.y() - position_.y());
-  return start_ + (line.isValid() ? line.xToCursor(point.x() - position_.x()) : 0);
+int TextFragment::positionAt(QPointF point) {
+  const auto index = pieceAt(point);
+  const auto local = point - pieces_[index].rect.topLeft();
+  const auto line = lineAt(layoutOf(index), local.y());
+  return pieces_[index].start + (line.isValid() ? line.xToCursor(local.x()) : 0);
 }
 
-QRectF TextFragment::characterRect(int position) const {
-  const int offset = position - start_;
-  const auto line = layout_.lineForTextPosition(offset);
+QRectF TextFragment::characterRect(int position) {
+  const auto index = pieceOf(position);
+  const int offset = position - pieces_[index].start;
+  const auto line = layoutOf(index).lineForTextPosition(offset);
+  const QPointF origin = pieces_[index].rect.topLeft();
   if (!line.isValid()) {
-    return {position_, QSizeF(0, height_)};
+    return {origin, QSizeF(0, pieces_[index].rect.height())};
   }
-  const qreal left = line.cursorToX(offset);
-  const qreal right = line.cursorToX(offset + 1);
-  return {position_ + QPointF(std::min(left, right), line.y()),
-          QSizeF(std::abs(right - left), line.height())};
+  const qreal from = line.cursorToX(offset);
+  const qreal to = line.cursorToX(offset + 1);
+  return {origin + QPointF(std::min(from, to), line.y()), QSizeF(std::abs(to - from), line.height())};
 }
 
-const FragmentText::Link *TextFragment::linkAt(QPointF point) const {
-  if (text_.links.empty() || !rect().contains(point)) {
+const FragmentText::Link *TextFragment::linkAt(QPointF point) {
+  if (text_.links.empty()) {
     return nullptr;
   }
-  const auto line = lineAt(point.y() - position_.y());
-  if (!line.isValid() || !line.naturalTextRect().translated(position_).contains(point)) {
+  const auto index = pieceAt(point);
+  const auto local = point - pieces_[index].rect.topLeft();
+  const auto line = lineAt(layoutOf(index), local.y());
+  if (!line.isValid() || !line.naturalTextRect().contains(local)) {
     return nullptr;
   }
-  const int offset = line.xToCursor(point.x() - position_.x(), QTextLine::CursorOnCharacter);
+  const int offset = pieces_[index].start + line.xToCursor(local.x(), QTextLine::CursorOnCharacter);
   const auto found = std::find_if(text_.links.begin(), text_.links.end(), [offset](const auto &link) {
     return offset >= link.start && offset < link.start + link.length;
   });

@@ -1,101 +1,96 @@
 #pragma once
 
-#include "markdown/MarkdownInline.h"
+#include "markdown/views/FragmentText.h"
+#include "markdown/views/Recent.h"
 #include "ui/Palette.h"
 
 #include <QColor>
-#include <QFont>
-#include <QList>
 #include <QPainter>
 #include <QPointF>
 #include <QRectF>
-#include <QString>
 #include <QTextLayout>
 
-#include <string_view>
+#include <memory>
 #include <vector>
 
 namespace lumiwren {
 
-/// A text and how it looks, apart from its place and its main colour.
-struct FragmentText {
-  struct Link {
-    int start;
-    int length;
-    QString address;
-    bool operator==(const Link &) const = default;
-  };
-
-  QString text;
-  QFont font;
-  QList<QTextLayout::FormatRange> formats = {};
-  std::vector<Link> links = {};
-  bool operator==(const FragmentText &) const = default;
-
-  static FragmentText plain(std::string_view text, const QFont &font);
-  /// With the line's inline Markdown applied; `font` is that of unstyled text. Links whose address is safe
-  /// to open (http, https, mailto) are links, others are text.
-  static FragmentText styled(std::string_view line, const QFont &font, const SemanticColors &colors);
-};
-
-/// What fragments are painted with.
+/// What texts are painted with.
 struct FragmentPainting {
   QPainter &painter;
-  SemanticColors colors;
+  const SemanticColors &colors;
   QRectF exposed;
-  /// The selected part of the whole answer's plain text, see TextFragment::start; empty when equal.
+  /// The selected part, in positions of what is painted; nothing when equal.
   int selectionStart = 0;
   int selectionEnd = 0;
+
+  /// The same for a part that stands at `place` and begins at position `start`.
+  FragmentPainting forPart(QPointF place, int start) const {
+    return {painter, colors, exposed.translated(-place), selectionStart - start, selectionEnd - start};
+  }
 };
 
-/// One text of a block, laid out and placed. Fragments are the units of selection too: an answer's plain text
-/// is the texts of its fragments in order, each after its separator.
+/// One text, laid out. Long ones are laid out in pieces, of which only those that are looked at are kept, and
+/// of a text that grows only the last one is laid out again: the toolkit's own layout takes a time that grows
+/// with the square of a text without spaces.
 class TextFragment {
 public:
   enum class Wrapping { Wrap, None };
 
-  /// Keeps the layout when nothing differs, which is what makes a streamed answer cheap. True when it does.
-  bool setText(FragmentText text);
-  void setSeparator(const QString &separator) { separator_ = separator; }
-  void setAlignment(Qt::Alignment alignment) { alignment_ = alignment; }
-  /// What stands before this text in the plain text; nothing before the first one.
-  const QString &separator() const { return separator_; }
-  const QString &text() const { return text_.text; }
+  explicit TextFragment(Wrapping wrapping = Wrapping::Wrap) : wrapping_(wrapping) {}
+  TextFragment(TextFragment &&) noexcept = default;
+  TextFragment &operator=(TextFragment &&) noexcept = default;
 
-  /// Lays out for `width`, unless it is laid out for it; returns the height.
-  qreal layOut(qreal width, Wrapping wrapping = Wrapping::Wrap);
-  void place(QPointF position) { position_ = position; }
+  void setText(FragmentText text);
+  const QString &text() const { return text_.text; }
+  int length() const { return static_cast<int>(text_.text.size()); }
+  /// Right to left when the first letter that has a direction says so.
+  bool isRightToLeft() const { return isRightToLeft_; }
+
+  /// Lays out what is not laid out for `width` yet; returns the height, which is whole.
+  qreal layOut(qreal width);
   qreal height() const { return height_; }
   /// The width of the longest line.
   qreal naturalWidth() const { return naturalWidth_; }
+
+  /// Where the text stands in its row; nothing here depends on it but rect().
+  void place(QPointF position) { position_ = position; }
+  QPointF position() const { return position_; }
   QRectF rect() const { return {position_, QSizeF(width_, height_)}; }
 
-  /// Where this text begins in the answer's plain text, in UTF-16 units.
-  int start() const { return start_; }
-  int end() const { return start_ + static_cast<int>(text_.text.size()); }
-  void setStart(int start) { start_ = start; }
+  // Below, points are relative to the text's own place, and positions to its beginning.
 
-  void paint(const FragmentPainting &painting, const QColor &color) const;
-
-  /// The position within the plain text nearest to a point of the block.
-  int positionAt(QPointF point) const;
-  /// The rectangle of the character at a position of the plain text.
-  QRectF characterRect(int position) const;
+  void paint(const FragmentPainting &painting, const QColor &color);
+  int positionAt(QPointF point);
+  QRectF characterRect(int position);
   /// The link under a point; null where there is none.
-  const FragmentText::Link *linkAt(QPointF point) const;
+  const FragmentText::Link *linkAt(QPointF point);
 
 private:
-  QTextLine lineAt(qreal y) const;
+  struct Piece {
+    int start;
+    int end;
+    int lookedTo;  // how far the text was looked at to find the end
+    QRectF rect;
+    qreal naturalWidth;
+    std::unique_ptr<QTextLayout> layout;
+  };
 
+  std::unique_ptr<QTextLayout> makeLayout(int start, int end) const;
+  void addPiece(int start);
+  QTextLayout &layoutOf(std::size_t index);
+  std::size_t pieceAt(QPointF point) const;
+  std::size_t pieceOf(int position) const;
+
+  Wrapping wrapping_;
   FragmentText text_;
-  QString separator_;
-  QTextLayout layout_;
-  Qt::Alignment alignment_ = Qt::AlignLeft;
+  bool isRightToLeft_ = false;
+  std::vector<Piece> pieces_;
+  Recent recent_{8};  // pieces that have a layout
   QPointF position_;
   qreal width_ = -1;
   qreal height_ = 0;
   qreal naturalWidth_ = 0;
-  int start_ = 0;
 };
 
 }  // namespace lumiwren

@@ -1,4 +1,4 @@
-#include "markdown/views/TextFragment.h"
+#include "markdown/views/FragmentText.h"
 #include "ui/Fonts.h"
 
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@ Spoken directly over D-Bus rather than through a client library: every answer is
 and any number of sessions can be looked at from one process.
 """
 
-from gi.repository import GLib
+from gi.repository import Gio, GLib
 
 from .bus import Connection
 from .display import Frame
@@ -94,6 +94,35 @@ class Node:
         return "\n".join(lines + [child.describe(depth + 1) for child in self.children])
 
 
+class Events:
+    """The accessibility events of one kind, as they come: ("announcement", "") or ("text-changed", "insert")."""
+
+    def __init__(self, bus, kind):
+        self.bus = bus
+        self.seen = []  # each one's numbers and its value
+        name, detail = kind
+        member = "".join(part.capitalize() for part in name.split("-"))
+        self.subscription = bus.bus.signal_subscribe(
+            None, "org.a11y.atspi.Event.Object", member, None, None, Gio.DBusSignalFlags.NONE,
+            lambda *signal: self._note(detail, signal[5].unpack()))
+        # Applications send most events only while somebody listens.
+        bus.call(_REGISTRY, "/org/a11y/atspi/registry", _REGISTRY, "RegisterEvent",
+                 GLib.Variant("(sass)", (f"object:{name}:{detail}", [], "")))
+
+    def _note(self, detail, arguments):
+        if detail in ("", arguments[0]):
+            self.seen.append((arguments[1], arguments[2], arguments[3]))
+
+    def values(self):
+        """The values so far."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return [value for _, _, value in self.seen]
+
+    def close(self):
+        self.bus.bus.signal_unsubscribe(self.subscription)
+
+
 class Accessibility:
     """The accessibility bus of a session."""
 
@@ -113,6 +142,9 @@ class Accessibility:
             except (GLib.Error, Gone):
                 continue
         return None
+
+    def events(self, name, detail=""):
+        return Events(self.bus, (name, detail))
 
     def close(self):
         self.bus.close()
