@@ -33,7 +33,12 @@ struct InputEvent {
   EventKind kind = EventKind::KeyDown;
   std::uint16_t keyCode = 0;        // physical key, see KeyCodes.h; 0 for mouse buttons
   std::uint64_t modifierFlags = 0;  // see KeyCodes.h
-  friend bool operator==(const InputEvent &, const InputEvent &) = default;
+  std::uint32_t time = 0;           // the display server's, in ms; one press has one time for all monitors
+
+  /// Whether the same was pressed, whenever that was.
+  friend bool operator==(const InputEvent &one, const InputEvent &other) {
+    return one.kind == other.kind && one.keyCode == other.keyCode && one.modifierFlags == other.modifierFlags;
+  }
 };
 
 enum class LocalEventResult { Pass, Consume };

@@ -5,6 +5,12 @@
 #include "ui/Palette.h"
 
 #include <QEvent>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+
+#include <utility>
 
 namespace lumiwren {
 
@@ -12,7 +18,7 @@ ActivatingTextField::ActivatingTextField(QWidget *parent) : QLineEdit(parent) {
   setFont(systemFont(13));
   setFrame(false);
   setTextMargins(0, 0, 0, 0);
-  tintPlaceholder();
+  adaptPalette();
 }
 
 void ActivatingTextField::setDisabledWhileBusy(bool disabled) {
@@ -20,6 +26,7 @@ void ActivatingTextField::setDisabledWhileBusy(bool disabled) {
     return;
   }
   if (disabled) {
+    commitPreedit();  // Else the text would be dropped with the focus.
     hadFocus_ = window()->focusWidget() == this;
     clearFocus();  // Else the toolkit gives the keyboard to some button.
     setEnabled(false);
@@ -35,6 +42,44 @@ void ActivatingTextField::activate() {
   if (auto *const panel = qobject_cast<KeyablePanel *>(window())) {
     panel->makeKey();
   }
+}
+
+QSize ActivatingTextField::sizeHint() const {
+  return {QLineEdit::sizeHint().width(), fontMetrics().height()};
+}
+
+QSize ActivatingTextField::minimumSizeHint() const {
+  return {QLineEdit::minimumSizeHint().width(), fontMetrics().height()};
+}
+
+void ActivatingTextField::commitPreedit() {
+  if (!preedit_.isEmpty()) {
+    QGuiApplication::inputMethod()->commit();
+  }
+  // Not every input method can be asked.
+  if (const QString left = std::exchange(preedit_, {}); !left.isEmpty()) {
+    QInputMethodEvent commit;
+    commit.setCommitString(left);
+    QLineEdit::inputMethodEvent(&commit);
+    QGuiApplication::inputMethod()->reset();
+  }
+}
+
+void ActivatingTextField::inputMethodEvent(QInputMethodEvent *event) {
+  preedit_ = event->preeditString();
+  QLineEdit::inputMethodEvent(event);
+}
+
+void ActivatingTextField::keyPressEvent(QKeyEvent *event) {
+  const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (isReturn && !preedit_.isEmpty()) {
+    return;  // It ends the composing, and the question is not complete before.
+  }
+  if (event->matches(QKeySequence::Copy) && !hasSelectedText()) {
+    Q_EMIT copyElsewhere();
+    return;
+  }
+  QLineEdit::keyPressEvent(event);
 }
 
 void ActivatingTextField::mousePressEvent(QMouseEvent *event) {
@@ -54,18 +99,23 @@ void ActivatingTextField::focusInEvent(QFocusEvent *event) {
 
 void ActivatingTextField::changeEvent(QEvent *event) {
   if (event->type() == QEvent::PaletteChange) {
-    tintPlaceholder();
+    adaptPalette();
   }
   QLineEdit::changeEvent(event);
 }
 
-/// Dark palettes may come with the placeholder of a light one.
-void ActivatingTextField::tintPlaceholder() {
-  const QColor color = SemanticColors(palette()).secondary;
-  if (palette().color(QPalette::PlaceholderText) != color) {
-    QPalette tinted;
-    tinted.setColor(QPalette::PlaceholderText, color);
-    setPalette(tinted);
+void ActivatingTextField::adaptPalette() {
+  const auto differs = [this](QPalette::ColorGroup group, QPalette::ColorRole role, const QColor &color) {
+    return palette().color(group, role) != color;
+  };
+  // Dark palettes may come with the placeholder of a light one.
+  const SemanticColors colors(palette());
+  if (differs(QPalette::Active, QPalette::PlaceholderText, colors.secondary) ||
+      differs(QPalette::Disabled, QPalette::Base, colors.textBackground)) {
+    QPalette adapted;
+    adapted.setColor(QPalette::PlaceholderText, colors.secondary);
+    adapted.setColor(QPalette::Disabled, QPalette::Base, colors.textBackground);
+    setPalette(adapted);
   }
 }
 

@@ -7,6 +7,8 @@
 #include "popup/ExplanationPopupView.h"
 #include "popup/KeyablePanel.h"
 
+#include <QApplication>
+
 #include <exception>
 #include <stop_token>
 #include <utility>
@@ -183,18 +185,29 @@ void ExplanationPopupController::setupDismissalMonitoring() {
   });
   globalKeyMonitor_ =
       eventMonitors_.addGlobalMonitor(eventMask::keyDown, [weak = weak_.weak()](const InputEvent &event) {
-        if (auto *const self = weak.get(); self && event.keyCode == keyCode::escape) {
+        auto *const self = weak.get();
+        if (self && event.keyCode == keyCode::escape && !self->isForMenu(event)) {
           self->dismiss();
         }
       });
   localEventMonitor_ =
       eventMonitors_.addLocalMonitor(eventMask::keyDown, [weak = weak_.weak()](const InputEvent &event) {
-        if (auto *const self = weak.get(); self && event.keyCode == keyCode::escape) {
+        auto *const self = weak.get();
+        if (self && event.keyCode == keyCode::escape && !self->isForMenu(event)) {
           self->dismiss();
           return LocalEventResult::Consume;
         }
         return LocalEventResult::Pass;
       });
+}
+
+bool ExplanationPopupController::isForMenu(const InputEvent &escape) {
+  // A menu of a panel that does not have the keyboard gets its keys by a grab, while another application has
+  // the focus: then both monitors may see the press, and by the second time the menu is closed.
+  const bool isForMenu =
+      QApplication::activePopupWidget() || (escape.time != 0 && escape.time == menuEscape_);
+  menuEscape_ = isForMenu ? escape.time : 0;
+  return isForMenu;
 }
 
 void ExplanationPopupController::installClickMonitor() {

@@ -13,6 +13,7 @@
 #include "popup/PopupState.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -72,6 +73,8 @@ private:
   void applyUpdate(Content content);
   void setupDismissalMonitoring();
   void installClickMonitor();
+  /// Whether this press of Escape closes, or has just closed, a menu rather than the panel.
+  bool isForMenu(const InputEvent &escape);
   void tearDown();
   void onCopy();
   void finishFollowUp(std::size_t index, const std::string &answer);
@@ -92,10 +95,11 @@ private:
   ExplanationPopupView *madeView_ = nullptr;  // inside it
   KeyablePanel *panel_ = nullptr;
   ExplanationPopupView *hostingView_ = nullptr;
-  unsigned showing_ = 0;      // which of all showings this is
-  Handle eventMonitor_;       // clicks elsewhere
-  Handle localEventMonitor_;  // Escape in this program
-  Handle globalKeyMonitor_;   // Escape in other programs
+  unsigned showing_ = 0;          // which of all showings this is
+  Handle eventMonitor_;           // clicks elsewhere
+  Handle localEventMonitor_;      // Escape in this program
+  Handle globalKeyMonitor_;       // Escape in other programs
+  std::uint32_t menuEscape_ = 0;  // when Escape was last pressed for a menu
   WeakAnchor<ExplanationPopupController> weak_{this};
 };
 

@@ -53,6 +53,7 @@ public:
   static std::string allContent(const std::vector<ConversationMessage> &history);
 
 protected:
+  bool focusNextPrevChild(bool next) override;
   void paintEvent(QPaintEvent *event) override;
   void showEvent(QShowEvent *event) override;
   void hideEvent(QHideEvent *event) override;
@@ -73,6 +74,7 @@ private:
   const Callbacks callbacks_;
   QWidget *header_ = nullptr;
   SourceTextLabel *sourceText_ = nullptr;
+  SymbolButton *closeButton_ = nullptr;
   ConversationView *conversation_ = nullptr;
   QWidget *followUpRow_ = nullptr;
   ActivatingTextField *followUpField_ = nullptr;

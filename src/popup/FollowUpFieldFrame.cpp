@@ -1,11 +1,13 @@
 #include "popup/FollowUpFieldFrame.h"
 
 #include "popup/ActivatingTextField.h"
+#include "popup/DevicePixels.h"
 #include "ui/Palette.h"
 
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPainterPath>
 
 namespace lumiwren {
 namespace {
@@ -29,17 +31,18 @@ FollowUpFieldFrame::FollowUpFieldFrame(ActivatingTextField *field, QWidget *pare
 void FollowUpFieldFrame::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(withOpacity(SemanticColors(palette()).primary, 0.1), 1));
-  // The same as the field has inside, enabled or not.
-  painter.setBrush(
-      field_->palette().color(field_->isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::Base));
-  painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+  const DevicePixels device(painter);
+  QPainterPath shape;
+  shape.addRoundedRect(device.rect(rect()), cornerRadius * device.scale(), cornerRadius * device.scale());
+  painter.fillPath(shape, SemanticColors(palette()).textBackground);
 }
 
 void FollowUpFieldFrame::mousePressEvent(QMouseEvent *event) {
   if (event->button() == Qt::LeftButton && field_->isEnabled()) {
     field_->activate();
     field_->setFocus(Qt::MouseFocusReason);
+  } else {
+    event->ignore();
   }
 }
 

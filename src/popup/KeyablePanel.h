@@ -1,9 +1,13 @@
 #pragma once
 
+#include "base/Handle.h"
 #include "platform/Geometry.h"
 #include "platform/PanelWindows.h"
+#include "popup/PanelShadow.h"
 
+#include <QMargins>
 #include <QPoint>
+#include <QRect>
 #include <QWidget>
 
 #include <memory>
@@ -15,7 +19,9 @@ class ResizeFrame;
 
 /// A floating panel: above everything, on every desktop, and without the keyboard until something in it asks
 /// for that. Moved by its background, resized by its edges. Made once and shown many times; each showing is
-/// that of a new panel.
+/// that of a new panel. Where a compositor runs it has a shadow, for which its window is larger than the
+/// panel by a margin; places and sizes are the panel's, unless they are said to be the window's. Where none
+/// runs, or it ends, the panel is opaque and its corners are cut.
 class KeyablePanel : public QWidget {
   Q_OBJECT
 
@@ -23,6 +29,7 @@ public:
   static constexpr Size defaultSize{400, 300};
   static constexpr Size minimumPanelSize{300, 200};
   static constexpr Size maximumPanelSize{800, 600};
+  static constexpr double cornerRadius = 12;
 
   KeyablePanel(PanelWindows &panelWindows, std::unique_ptr<QWidget> contentView);
   ~KeyablePanel() override;
@@ -44,22 +51,39 @@ public:
   void orderOut();
   /// Whether what is below shines through.
   bool isTranslucent() const { return isTranslucent_; }
+  /// Where the panel is in its window.
+  QRect panelRect() const { return rect().marginsRemoved(margins_); }
 
 protected:
+  void paintEvent(QPaintEvent *event) override;
   void resizeEvent(QResizeEvent *event) override;
   void mousePressEvent(QMouseEvent *event) override;
   void mouseMoveEvent(QMouseEvent *event) override;
   void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-  void updateShape(QSize size);
+  void followCompositor();
+  void setLook(bool isTranslucent);
+  void arrange();
+  void updateForm(QSize windowSize);
+  void letGo();
 
   PanelWindows &panelWindows_;
   QWidget *contentView_;
   ResizeFrame *resizeFrame_;
   bool allowsKeyStatus_ = false;
   bool isTranslucent_ = false;
-  std::optional<QPoint> grip_;  // where the pointer holds the panel while it is moved
+  QMargins margins_;  // between the window's edges and the panel's
+  PanelShadow shadow_{cornerRadius};
+  WindowForm form_;  // the window's, as the session knows it
+
+  /// Where the pointer took hold of the panel to move it, and where the window was.
+  struct Grip {
+    QPointF pointer;
+    QPoint window;
+  };
+  std::optional<Grip> grip_;
+  Handle compositor_;
 };
 
 }  // namespace lumiwren

@@ -4,12 +4,16 @@
 #include <QRegion>
 
 #include <algorithm>
+#include <cmath>
 
 namespace lumiwren {
 namespace {
 
-constexpr int thickness = 5;
+// From the panel's outline inwards: how long a corner is along the edges, or it could hardly be hit, and how
+// deep, because a round corner is not where the edges would meet.
 constexpr int cornerLength = 16;
+constexpr int cornerDepth = 8;
+constexpr int largestStep = 8;  // scale factors come in eighths at the finest
 
 Qt::CursorShape cursorFor(Qt::Edges edges) {
   const bool horizontal = edges & (Qt::LeftEdge | Qt::RightEdge);
@@ -46,11 +50,38 @@ QRect ResizeFrame::resized(const QRect &geometry, Qt::Edges edges, QPoint distan
   return result;
 }
 
+int ResizeFrame::wholePixelStep(qreal scale) {
+  for (int step = 1; step <= largestStep; ++step) {
+    if (const qreal pixels = step * scale; std::abs(pixels - std::round(pixels)) < 1e-6) {
+      return step;
+    }
+  }
+  return 1;
+}
+
+void ResizeFrame::setReach(int outside, int inside) {
+  outside_ = outside;
+  inside_ = inside;
+}
+
+void ResizeFrame::surround(const QRect &panel) {
+  setGeometry(panel.adjusted(-outside_, -outside_, outside_, outside_));
+  const int thickness = outside_ + inside_;
+  const int corner = outside_ + cornerDepth;
+  const QRect inner = rect().adjusted(thickness, thickness, -thickness, -thickness);
+  // Nothing but the corners is outside both of these.
+  const QRegion cross =
+      QRegion(rect().adjusted(corner, 0, -corner, 0)) + rect().adjusted(0, corner, 0, -corner);
+  setMask(QRegion(rect()) - (cross & inner));
+}
+
 Qt::Edges ResizeFrame::edgesAt(QPoint point) const {
-  // A corner is longer than an edge is thick, or it could hardly be hit.
-  const auto near = [](int distance, int along, int length) {
-    return distance < thickness ||
-           (distance < cornerLength && (along < thickness || along >= length - thickness));
+  const int thickness = outside_ + inside_;
+  const int corner = outside_ + cornerDepth;
+  const auto near = [&](int distance, int along, int length) {
+    const int alongFromCorner = std::min(along, length - 1 - along);
+    return distance < thickness || (distance < outside_ + cornerLength && alongFromCorner < thickness) ||
+           (distance < corner && alongFromCorner < corner);
   };
   Qt::Edges edges;
   edges.setFlag(Qt::LeftEdge, near(point.x(), point.y(), height()));
@@ -60,30 +91,30 @@ Qt::Edges ResizeFrame::edgesAt(QPoint point) const {
   return edges;
 }
 
-void ResizeFrame::resizeEvent(QResizeEvent *event) {
-  setMask(QRegion(rect()).subtracted(rect().adjusted(thickness, thickness, -thickness, -thickness)));
-  QWidget::resizeEvent(event);
-}
-
 void ResizeFrame::mousePressEvent(QMouseEvent *event) {
   if (event->button() == Qt::LeftButton) {
     held_ = edgesAt(event->position().toPoint());
-    heldAt_ = event->globalPosition().toPoint();
+    heldAt_ = event->globalPosition();
     heldGeometry_ = window()->geometry();
   }
 }
 
 void ResizeFrame::mouseMoveEvent(QMouseEvent *event) {
-  if (held_) {
-    window()->setGeometry(resized(heldGeometry_, held_, event->globalPosition().toPoint() - heldAt_,
-                                  window()->minimumSize(), window()->maximumSize()));
-  } else {
+  if (!event->buttons().testFlag(Qt::LeftButton)) {
+    letGo();  // The release went to somebody else.
     setCursor(cursorFor(edgesAt(event->position().toPoint())));
+  } else if (held_) {
+    const int step = wholePixelStep(devicePixelRatioF());
+    const QPoint distance = ((event->globalPosition() - heldAt_) / step).toPoint() * step;
+    window()->setGeometry(
+        resized(heldGeometry_, held_, distance, window()->minimumSize(), window()->maximumSize()));
   }
 }
 
-void ResizeFrame::mouseReleaseEvent(QMouseEvent * /*event*/) {
-  held_ = {};
+void ResizeFrame::mouseReleaseEvent(QMouseEvent *event) {
+  if (event->button() == Qt::LeftButton) {
+    letGo();
+  }
 }
 
 }  // namespace lumiwren

@@ -59,6 +59,8 @@ void SourceTextLabel::paintEvent(QPaintEvent * /*event*/) {
   painter.setPen(SemanticColors(palette()).secondary);
   QTextLayout layout(displayed(text()), font());
   layOut(layout, width());
+  // Each line is drawn as the whole text runs, also one that has words of another script alone.
+  painter.setLayoutDirection(layout.text().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
   const int lineHeight = fontMetrics().lineSpacing();
   const int lineCount = std::clamp(layout.lineCount(), 1, maximumLines);
   const int top = (height() - lineCount * lineHeight) / 2;

@@ -156,6 +156,17 @@ TEST_F(ExplanationPopupViewTest, TheSourceTextHasTwoLinesAtMost) {
   EXPECT_EQ(linesDrawn("x\nx\nx"), 2);
 }
 
+TEST_F(ExplanationPopupViewTest, TheSourceTextIsReadAloudWhole) {
+  const std::string text = repeated("WWWWWWWWW ", 9) + "\nthird line";
+  show(text);
+  controller.hostingView()->refresh();
+  auto *const interface =
+      QAccessible::queryAccessibleInterface(controller.panel()->findChild<SourceTextLabel *>());
+  ASSERT_TRUE(interface);
+  EXPECT_EQ(interface->text(QAccessible::Name).toStdString(),
+            ExplanationPopupView::truncatedOriginalText(text).toStdString());
+}
+
 TEST_F(ExplanationPopupViewTest, ThePlaceholderCanBeReadOnEveryPalette) {
   show();
   const QPalette before = QApplication::palette();

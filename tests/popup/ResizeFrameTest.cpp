@@ -32,5 +32,13 @@ TEST(ResizeFrame, MovesTheEdgesThatAreHeldWithinTheLimitsAndNoOther) {
   }
 }
 
+TEST(ResizeFrame, StepsByWholePixels) {
+  EXPECT_EQ(ResizeFrame::wholePixelStep(1), 1);
+  EXPECT_EQ(ResizeFrame::wholePixelStep(1.25), 4);
+  EXPECT_EQ(ResizeFrame::wholePixelStep(1.5), 2);
+  EXPECT_EQ(ResizeFrame::wholePixelStep(2), 1);
+  EXPECT_EQ(ResizeFrame::wholePixelStep(1.1), 1);  // There is no such step.
+}
+
 }  // namespace
 }  // namespace lumiwren

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/Signal.h"
 #include "platform/PanelWindows.h"
 
 #include <map>
 #include <optional>
+#include <utility>
 
 namespace lumiwren::testing {
 
@@ -11,6 +13,10 @@ namespace lumiwren::testing {
 class FakePanelWindows : public PanelWindows {
 public:
   bool isTranslucencySupported() override { return translucencySupported; }
+  Handle observeTranslucency(std::function<void()> changed) override {
+    return translucencyChanged_.observe(std::move(changed));
+  }
+  void setForm(NativeWindow window, const WindowForm &form) override { forms[window] = form; }
   void makeKey(NativeWindow window) override {
     ++makeKeyCount;
     keyWindow = window;
@@ -25,11 +31,21 @@ public:
     return found == frames.end() ? anyFrame : found->second;
   }
 
+  /// A compositor starts or ends.
+  void setTranslucencySupported(bool supported) {
+    translucencySupported = supported;
+    translucencyChanged_.notify();
+  }
+
   bool translucencySupported = false;
   int makeKeyCount = 0;
   std::optional<NativeWindow> keyWindow;
+  std::map<NativeWindow, WindowForm> forms;
   std::map<NativeWindow, Rect> frames;
   Rect anyFrame;  // of every window that is not in `frames`
+
+private:
+  Signal<> translucencyChanged_;
 };
 
 }  // namespace lumiwren::testing

@@ -22,7 +22,7 @@ _ROWS = {
     95: ["F11", "F12"], 105: ["Control_R"], 108: ["Alt_R"], 118: ["Insert", "Delete"], 133: ["Super"],
 }
 KEYS = {name: first + index for first, names in _ROWS.items() for index, name in enumerate(names)}
-KEYS.update({"Home": 110, "Up": 111, "Left": 113, "Right": 114, "End": 115, "Down": 116})
+KEYS.update({"KP_Enter": 104, "Home": 110, "Up": 111, "Left": 113, "Right": 114, "End": 115, "Down": 116})
 
 
 @dataclass(frozen=True)
@@ -122,12 +122,18 @@ class Display:
             xtest.fake_input(self.input, X.ButtonRelease, button)
         self.input.sync()
 
+    def button_down(self, button=1):
+        self._fake(X.ButtonPress, button)
+
+    def button_up(self, button=1):
+        self._fake(X.ButtonRelease, button)
+
     def drag(self, start, end):
         self.move(*start)
-        self._fake(X.ButtonPress, 1)
+        self.button_down()
         self.move(*((a + b) // 2 for a, b in zip(start, end)))
         self.move(*end)
-        self._fake(X.ButtonRelease, 1)
+        self.button_up()
 
     # -- windows -------------------------------------------------------------------------------------------
 
@@ -155,6 +161,25 @@ class Display:
 
     def wait_for_window(self, title, timeout=15.0):
         return wait_until(lambda: self.window(title), f"a window “{title}”", timeout)
+
+    def windows_of_type(self, kind):
+        """The viewable windows below the root that say they are of that kind, such as TOOLTIP, lowest first."""
+        wanted = self.x.get_atom(f"_NET_WM_WINDOW_TYPE_{kind}")
+        found = []
+        for window in self.root.query_tree().children:
+            try:
+                viewable = window.get_attributes().map_state == X.IsViewable
+            except Xlib.error.XError:
+                continue
+            if viewable and wanted in (self.property(window, "_NET_WM_WINDOW_TYPE") or []):
+                found.append(window)
+        return found
+
+    def stacking(self, window):
+        """How high a window is, or the one it is in, among all that are on the screen."""
+        while window.query_tree().parent.id != self.root.id:
+            window = window.query_tree().parent
+        return [child.id for child in self.root.query_tree().children].index(window.id)
 
     def title(self, window):
         name = self.property(window, "_NET_WM_NAME")

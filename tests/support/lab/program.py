@@ -36,8 +36,19 @@ class Panel:
         return self.window is not None
 
     @property
-    def frame(self):
+    def window_frame(self):
         return self.display.frame(self.window)
+
+    @property
+    def shadow(self):
+        """How far the shadow reaches into the window: left, right, top, bottom."""
+        return tuple(self.display.property(self.window, "_GTK_FRAME_EXTENTS") or (0, 0, 0, 0))
+
+    @property
+    def frame(self):
+        """The panel without its shadow."""
+        window, (left, right, top, bottom) = self.window_frame, self.shadow
+        return Frame(window.x + left, window.y + top, window.width - left - right, window.height - top - bottom)
 
     @property
     def node(self) -> Node | None:
@@ -117,7 +128,7 @@ class Panel:
     def place(self, node):
         """Where a part of the panel is on the screen. The toolkit can be wrong about where its window is, so only
         the part's place within the window is taken from it."""
-        part, root, frame = node.frame, self.node.frame, self.frame
+        part, root, frame = node.frame, self.node.frame, self.window_frame
         return Frame(frame.x + part.x - root.x, frame.y + part.y - root.y, part.width, part.height)
 
     def click(self, node):

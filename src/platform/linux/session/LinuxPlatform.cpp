@@ -9,8 +9,11 @@
 
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QSocketNotifier>
 
 #include <cstdio>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -19,6 +22,12 @@ namespace lumiwren {
 namespace {
 
 constexpr std::string_view moreTerminalsKey = "terminalWindowClasses";
+
+Handle watchReadable(int fileDescriptor, std::function<void()> readable) {
+  auto notifier = std::make_shared<QSocketNotifier>(fileDescriptor, QSocketNotifier::Read);
+  QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), std::move(readable));
+  return Handle([notifier] { notifier->setEnabled(false); });
+}
 
 std::unique_ptr<X11Session> makeX11Session(MainQueue &mainQueue, UserDefaults &defaults) {
   const auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
@@ -33,7 +42,8 @@ std::unique_ptr<X11Session> makeX11Session(MainQueue &mainQueue, UserDefaults &d
       mainQueue, X11Session::Options{.toolkitConnection = x11->connection(),
                                      .pixelsPerPoint = qGuiApp->devicePixelRatio(),
                                      .holder = folder + "/lumiwren-pasteboard",
-                                     .moreTerminals = defaults.stringArrayForKey(moreTerminalsKey)});
+                                     .moreTerminals = defaults.stringArrayForKey(moreTerminalsKey),
+                                     .watchReadable = watchReadable});
 }
 
 /// Other programs' presses come from the display server, our own from the toolkit.

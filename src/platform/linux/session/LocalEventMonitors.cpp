@@ -80,7 +80,8 @@ bool LocalEventMonitors::consumes(const QKeyEvent &event) {
   }
   const std::uint64_t capsLock = (event.nativeModifiers() & nativeCapsLock) != 0 ? modifier::capsLock : 0;
   const bool consumed =
-      consumes(press, {EventKind::KeyDown, *code, modifierFlags(event.modifiers()) | capsLock});
+      consumes(press, {EventKind::KeyDown, *code, modifierFlags(event.modifiers()) | capsLock,
+                       static_cast<std::uint32_t>(event.timestamp())});
   consumedKey_ = consumed ? press.scanCode : 0;
   return consumed;
 }
@@ -90,7 +91,8 @@ bool LocalEventMonitors::consumes(const QMouseEvent &event) {
     return false;
   }
   const auto kind = event.button() == Qt::LeftButton ? EventKind::LeftMouseDown : EventKind::RightMouseDown;
-  return consumes({event.timestamp(), 0, event.button()}, {kind, 0, modifierFlags(event.modifiers())});
+  return consumes({event.timestamp(), 0, event.button()},
+                  {kind, 0, modifierFlags(event.modifiers()), static_cast<std::uint32_t>(event.timestamp())});
 }
 
 bool LocalEventMonitors::consumes(const Press &press, const InputEvent &event) {

@@ -39,6 +39,8 @@ public:
 class UnavailablePanelWindows : public PanelWindows {
 public:
   bool isTranslucencySupported() override { return false; }
+  Handle observeTranslucency(std::function<void()>) override { return {}; }
+  void setForm(NativeWindow, const WindowForm &) override {}
   void makeKey(NativeWindow) override {}
   void resignKey(NativeWindow) override {}
   Rect frame(NativeWindow) override { return {}; }

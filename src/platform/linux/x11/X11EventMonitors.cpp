@@ -241,7 +241,7 @@ void X11EventMonitors::keyPressed(const xcb_input_raw_key_press_event_t &press) 
   }
   const auto code = pressedKeyCode(keycode - evdevOffset, keyMap_.symbol(keycode, 0));
   if (code) {
-    report({EventKind::KeyDown, *code, keyMap_.modifierFlags(modifiers_)});
+    report({EventKind::KeyDown, *code, keyMap_.modifierFlags(modifiers_), press.time});
   }
 }
 
@@ -252,7 +252,7 @@ void X11EventMonitors::buttonPressed(const xcb_input_raw_button_press_event_t &p
   const std::uint32_t button = logicalButton(press.sourceid, press.detail);
   if (button == primaryButton || button == secondaryButton) {
     report({button == primaryButton ? EventKind::LeftMouseDown : EventKind::RightMouseDown, 0,
-            keyMap_.modifierFlags(modifiers_)});
+            keyMap_.modifierFlags(modifiers_), press.time});
   }
 }
 

@@ -33,7 +33,8 @@ struct X11Session::Facilities {
             },
             options.moreTerminals),
         screens(questions, options.pixelsPerPoint),
-        panelWindows(options.pixelsPerPoint) {}
+        panelWindows(static_cast<xcb_connection_t *>(options.toolkitConnection), options.pixelsPerPoint,
+                     options.watchReadable) {}
 
   const X11Connection questions;
   X11InputChannel channel;

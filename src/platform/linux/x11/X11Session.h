@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,6 +26,8 @@ public:
     double pixelsPerPoint;                   // the toolkit's
     std::filesystem::path holder;            // lumiwren-pasteboard
     std::vector<std::string> moreTerminals;  // window classes of terminal emulators that are not known
+    /// See X11PanelWindows::WatchReadable.
+    std::function<Handle(int fileDescriptor, std::function<void()> readable)> watchReadable;
   };
 
   X11Session(MainQueue &mainQueue, const Options &options);

@@ -22,6 +22,7 @@
 #include <QLineEdit>
 #include <QPalette>
 #include <QPushButton>
+#include <QSocketNotifier>
 
 #include <cstdlib>
 #include <memory>
@@ -35,6 +36,12 @@ using testing::XDesktop;
 
 constexpr QRgb panelColor = 0x2040c0;
 constexpr std::uint32_t returnKey = 0xff0d;
+
+Handle watchReadable(int fileDescriptor, std::function<void()> readable) {
+  auto notifier = std::make_shared<QSocketNotifier>(fileDescriptor, QSocketNotifier::Read);
+  QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), std::move(readable));
+  return Handle([notifier] { notifier->setEnabled(false); });
+}
 
 XDesktop *desktop = nullptr;
 xcb_window_t application = XCB_NONE;  // the other application's window, as the window manager knows it
@@ -64,7 +71,7 @@ protected:
   }
   /// Whether the panel's own colour is on the screen, where its header is.
   bool isSeen() {
-    const QPoint place = controller.panel()->pos() + QPoint(100, 6);
+    const QPoint place = controller.hostingView()->mapToGlobal(QPoint(100, 6));
     const QColor seen(desktop->pixel(place.x(), place.y()));
     const QColor own(panelColor);
     return std::abs(seen.red() - own.red()) < 24 && std::abs(seen.green() - own.green()) < 24 &&
@@ -101,7 +108,8 @@ protected:
   testing::FakeScreens screens;
   testing::FakeHTTPClient http;
   testing::FakeSecretStore store;
-  X11PanelWindows windows{1};
+  X11PanelWindows windows{qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection(), 1,
+                          watchReadable};
   KeychainManager keychain{store};
   OpenAIAPIService service{http, keychain, queue, {}};
   ExplanationPopupController controller{monitors, pasteboard, screens, windows, service, keychain, queue};
@@ -214,16 +222,16 @@ TEST_F(X11Panel, IsShownAtThePointerInItsDefaultSizeWhateverTheOneBeforeItWas) {
 
 TEST_F(X11Panel, IsMovedByItsBackgroundAndResizedByItsEdges) {
   show();
-  const QPoint corner = controller.panel()->pos();
+  const QPoint corner = controller.hostingView()->mapToGlobal(QPoint());
   desktop->moveTo(corner.x() + 60, corner.y() + 7);
   desktop->press();
   desktop->moveTo(corner.x() + 100, corner.y() + 20);
   desktop->moveTo(corner.x() + 160, corner.y() + 57);
   desktop->release();
   EXPECT_TRUE(waitFor([this] { return controller.panel()->frame() == (Rect{{310, 340}, {400, 300}}); }));
-  EXPECT_EQ(controller.panel()->pos(), corner + QPoint(100, 50));
+  EXPECT_EQ(controller.hostingView()->mapToGlobal(QPoint()), corner + QPoint(100, 50));
 
-  const QPoint end = controller.panel()->geometry().bottomRight() - QPoint(4, 4);
+  const QPoint end = controller.hostingView()->mapToGlobal(QPoint(395, 295));
   desktop->moveTo(end.x(), end.y());
   desktop->press();
   desktop->moveTo(end.x() + 20, end.y() + 10);

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QPainter>
+#include <QRect>
+#include <QTransform>
+
+#include <algorithm>
+#include <cmath>
+
+namespace lumiwren {
+
+/// Lets a painter draw in the pixels of what it draws on, for as long as this object lives: where a point is
+/// not a whole number of pixels, edges and lines drawn in points are blurred.
+class DevicePixels {
+public:
+  explicit DevicePixels(QPainter &painter) : painter_(painter), toDevice_(painter.deviceTransform()) {
+    painter_.save();
+    painter_.setWorldTransform(toDevice_.inverted(), true);
+  }
+  DevicePixels(const DevicePixels &) = delete;
+  DevicePixels &operator=(const DevicePixels &) = delete;
+  ~DevicePixels() { painter_.restore(); }
+
+  /// Pixels to a point.
+  qreal scale() const { return toDevice_.m11(); }
+  /// The pixels nearest to a rectangle that was given in points.
+  QRect rect(const QRectF &points) const {
+    const QRectF exact = toDevice_.mapRect(points);
+    const QPoint topLeft(qRound(exact.left()), qRound(exact.top()));
+    return {topLeft, QSize(qRound(exact.right()) - topLeft.x(), qRound(exact.bottom()) - topLeft.y())};
+  }
+  /// The whole number of pixels nearest to one point.
+  int hairline() const { return std::max(qRound(scale()), 1); }
+
+private:
+  QPainter &painter_;
+  const QTransform toDevice_;
+};
+
+}  // namespace lumiwren
