@@ -3,11 +3,13 @@
 #include "platform/linux/CurlHTTPClient.h"
 #include "platform/linux/JSONUserDefaults.h"
 #include "platform/linux/LibsecretSecretStore.h"
+#include "platform/linux/appearance/PortalDesktopAppearance.h"
 #include "platform/linux/session/LocalEventMonitors.h"
 #include "platform/linux/session/UnavailableSession.h"
 #include "platform/linux/x11/X11Session.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 #include <QGuiApplication>
 
 #include <cstdio>
@@ -70,6 +72,7 @@ public:
   HTTPClient &httpClient() override { return httpClient_; }
   SecretStore &secretStore() override { return secretStore_; }
   UserDefaults &userDefaults() override { return userDefaults_; }
+  DesktopAppearance &desktopAppearance() override { return desktopAppearance_; }
 
 private:
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
@@ -77,6 +80,8 @@ private:
   LibsecretSecretStore secretStore_;
   const std::unique_ptr<X11Session> x11_;
   SessionEventMonitors eventMonitors_{x11_.get()};
+  // On the connection that the toolkit has open anyway.
+  PortalDesktopAppearance desktopAppearance_{QDBusConnection::sessionBus()};
   struct {
     UnavailablePasteboard pasteboard;
     UnavailableSelectionCopy selectionCopy;
