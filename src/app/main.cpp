@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/AppearanceController.h"
 #include "app/SetAPIKey.h"
 #include "app/TerminationSignals.h"
 #include "platform/linux/session/LinuxPlatform.h"
@@ -57,6 +58,7 @@ int runApplication(int argc, char **argv) {
   QObject::connect(&terminationRequested, &QSocketNotifier::activated, &application, &QApplication::quit);
 
   const std::unique_ptr<Platform> platform = makeLinuxPlatform(mainQueue);
+  const AppearanceController appearance(platform->desktopAppearance());
   KeychainManager keychain(platform->secretStore());
   OpenAIAPIService service(platform->httpClient(), keychain, mainQueue, endpoint);
   CustomActionManager actions(platform->userDefaults());
