@@ -21,7 +21,7 @@ constexpr int spacing = 4;
 constexpr int horizontalPadding = 9;
 constexpr int buttonHeight = 24;
 constexpr qreal cornerRadius = 6;
-constexpr qreal focusRingWidth = 1.5;
+constexpr qreal focusRingWidth = 2;
 constexpr int fadeDuration = 200;  // ms
 
 }  // namespace
@@ -91,11 +91,14 @@ void BorderedButton::paintEvent(QPaintEvent * /*event*/) {
   const qreal lineWidth = isFocused ? focusRingWidth : 1;
   const QRectF outline = outlineOnPixels(painter, rect(), lineWidth);
   const qreal radius = cornerRadius - lineWidth / 2;
-  painter.setPen(
-      QPen(isFocused ? colors.accent : withOpacity(colors.primary, 0.2), lineOnPixels(painter, lineWidth)));
+  painter.setPen(Qt::NoPen);
   painter.setBrush(isDown()       ? withOpacity(colors.primary, 0.16)
                    : underMouse() ? withOpacity(colors.primary, 0.09)
                                   : withOpacity(colors.primary, 0.04));
+  painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
+  const QColor outlineColor = isFocused ? colors.accent : withOpacity(colors.primary, 0.2);
+  painter.setPen(QPen(outlineColor, lineOnPixels(painter, lineWidth)));
+  painter.setBrush(Qt::NoBrush);
   painter.drawRoundedRect(outline, radius, radius);
   if (fading_.state() == QAbstractAnimation::Running) {
     const double part = fading_.currentValue().toDouble();

@@ -9,7 +9,8 @@ namespace lumiwren {
 
 qreal lineOnPixels(const QPainter &painter, qreal width) {
   const qreal scale = painter.deviceTransform().m11();
-  return std::max(1.0, std::round(width * scale)) / scale;
+  // Of two that are equally near the finer one: at a scale of 1.5 a line of 2 pixels looks like a bar.
+  return std::max(1.0, std::ceil(width * scale - 0.5)) / scale;
 }
 
 QRectF rectOnPixels(const QPainter &painter, const QRectF &rect) {

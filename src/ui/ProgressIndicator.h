@@ -27,7 +27,7 @@ private:
   void updateTurning();
 
   const int size_;
-  QTimer timer_;
+  QTimer timer_{this};
   int step_ = 0;
   Handle motion_;
 };

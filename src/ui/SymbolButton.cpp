@@ -16,7 +16,7 @@ namespace {
 constexpr int margin = 2;
 constexpr double pressedOpacity = 0.6;
 constexpr double hoverOpacity = 0.1;
-constexpr qreal focusRingWidth = 1.5;
+constexpr qreal focusRingWidth = 2;
 constexpr qreal focusRingRadius = 5;
 
 }  // namespace

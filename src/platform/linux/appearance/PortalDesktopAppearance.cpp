@@ -32,6 +32,8 @@ PortalDesktopAppearance::PortalDesktopAppearance(const QDBusConnection &bus)
               ask();
             }
           });
+  // The toolkit looks up a slot's types by their names; this one it knows only after its first use.
+  qRegisterMetaType<QDBusVariant>();
   // From whomever: with the portal's name the toolkit would wait for the bus to say who that is.
   bus_.connect({}, QLatin1String(portalPath), QLatin1String(settingsInterface),
                QStringLiteral("SettingChanged"), this,
