@@ -7,9 +7,14 @@
 #include <QEvent>
 
 namespace lumiwren {
+namespace {
+
+constexpr int fontSize = 13;
+
+}  // namespace
 
 ActivatingTextField::ActivatingTextField(QWidget *parent) : QLineEdit(parent) {
-  setFont(systemFont(13));
+  setFont(systemFont(fontSize));
   setFrame(false);
   setTextMargins(0, 0, 0, 0);
   tintPlaceholder();
@@ -55,6 +60,8 @@ void ActivatingTextField::focusInEvent(QFocusEvent *event) {
 void ActivatingTextField::changeEvent(QEvent *event) {
   if (event->type() == QEvent::PaletteChange) {
     tintPlaceholder();
+  } else if (event->type() == QEvent::FontChange) {
+    setFont(systemFont(fontSize));
   }
   QLineEdit::changeEvent(event);
 }

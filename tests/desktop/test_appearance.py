@@ -2,7 +2,7 @@
 
 import pytest
 from gi.repository import GLib
-from lab import Desktop, GnomeSettings, GtkEditor, SettingsPortal, stays_false, wait_until
+from lab import Desktop, GnomeSettings, GtkEditor, Resolution, SettingsPortal, stays_false, wait_until
 from lab.portal import GNOME
 
 ANSWER = "# Answer\n\nA paragraph.\n\n- one\n- two\n"
@@ -93,6 +93,25 @@ def test_the_text_scale_reaches_an_open_panel(desktop, service, portal, lumiwren
     wait_until(lambda: panel.find("push button", "Copy Result").frame.height == 36, "a larger button", interval=0.02)
     portal.set(GNOME, "text-scaling-factor", GLib.Variant("d", 1.0))
     wait_until(lambda: panel.find("push button", "Copy Result").frame.height == 24, "the usual button", interval=0.02)
+
+
+def test_a_text_scale_that_is_in_the_resolution_too_counts_once(desktop, service, portal, programs, editor):
+    resolution = Resolution(desktop)
+    lumiwren = programs.start(desktop, service)
+    panel = open_panel(desktop, service, lumiwren)
+    button = panel.find("push button", "Copy Result")
+    assert button.frame.height == 24
+    assert panel.frame.width == 400
+    # What GNOME's settings do for large text: the setting itself, and the resolution with it.
+    portal.set(GNOME, "text-scaling-factor", GLib.Variant("d", 1.25))
+    wait_until(lambda: button.frame.height == 30, "a larger button", interval=0.02)
+    resolution.set(120)
+    # In points, each of which is larger now.
+    wait_until(lambda: button.frame.height == 24, "a button that is not scaled twice", interval=0.02)
+    desktop.display.press("Escape")
+    panel.wait_gone()
+    editor.select_all("The selected text")
+    assert open_panel(desktop, service, lumiwren).frame.width == 500
 
 
 def test_nothing_turns_where_motion_is_reduced(desktop, service, portal, lumiwren, editor):

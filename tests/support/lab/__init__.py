@@ -7,9 +7,10 @@ from .display import Frame
 from .portal import GnomeSettings, SettingsPortal
 from .process import Process, leftovers
 from .program import Lumiwren, Panel
+from .resolution import Resolution
 from .service import DONE, Exchange, StandInService, sse
 from .waiting import stays_false, wait_until
 
 __all__ = ["API_KEY", "DONE", "WINDOW_MANAGERS", "Chromium", "Desktop", "Exchange", "Frame", "GnomeSettings", "GtkEditor",
-           "LeftBehind", "Lumiwren", "Mousepad", "Panel", "Process", "QtEditor", "QtReader", "SettingsPortal",
-           "StandInService", "VteTerminal", "XTerm", "leftovers", "sse", "stays_false", "wait_until"]
+           "LeftBehind", "Lumiwren", "Mousepad", "Panel", "Process", "QtEditor", "QtReader", "Resolution",
+           "SettingsPortal", "StandInService", "VteTerminal", "XTerm", "leftovers", "sse", "stays_false", "wait_until"]
