@@ -58,7 +58,6 @@ int runApplication(int argc, char **argv) {
   QObject::connect(&terminationRequested, &QSocketNotifier::activated, &application, &QApplication::quit);
 
   const std::unique_ptr<Platform> platform = makeLinuxPlatform(mainQueue);
-  const AppearanceController appearance(platform->desktopAppearance());
   KeychainManager keychain(platform->secretStore());
   OpenAIAPIService service(platform->httpClient(), keychain, mainQueue, endpoint);
   CustomActionManager actions(platform->userDefaults());
@@ -69,6 +68,8 @@ int runApplication(int argc, char **argv) {
                        [] { QApplication::quit(); });
 
   delegate.applicationDidFinishLaunching();
+  // After everything that is waited for: there is no window yet.
+  const AppearanceController appearance(platform->desktopAppearance());
   const int status = QApplication::exec();
   delegate.applicationWillTerminate();
 

@@ -1,7 +1,6 @@
 #include "ui/Palette.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -19,10 +18,21 @@ QColor blend(const QColor &over, const QColor &under, double opacity) {
                           mix(over.blueF(), under.blueF()));
 }
 
+/// The power 2.4 of a number from 0.09 to 1, by way of its fifth root. The mathematics library's pow() brings
+/// a quarter of a megabyte of tables into the memory of an idle program.
+double power24(double number) {
+  double root = 1;
+  for (int round = 0; round < 8; ++round) {  // doubles the digits, at the latest from the fourth one on
+    const double fourth = root * root * root * root;
+    root -= (fourth * root - number) / (5 * fourth);
+  }
+  return number * number * root * root;
+}
+
 /// WCAG 2's relative luminance.
 double luminance(const QColor &color) {
   const auto linear = [](double part) {
-    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    return part <= 0.04045 ? part / 12.92 : power24((part + 0.055) / 1.055);
   };
   return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
 }

@@ -72,7 +72,13 @@ public:
   HTTPClient &httpClient() override { return httpClient_; }
   SecretStore &secretStore() override { return secretStore_; }
   UserDefaults &userDefaults() override { return userDefaults_; }
-  DesktopAppearance &desktopAppearance() override { return desktopAppearance_; }
+  DesktopAppearance &desktopAppearance() override {
+    if (!desktopAppearance_) {
+      // On the connection that the toolkit has for itself, once the program is up; to open it takes a while.
+      desktopAppearance_.emplace(QDBusConnection::sessionBus());
+    }
+    return *desktopAppearance_;
+  }
 
 private:
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
@@ -80,8 +86,7 @@ private:
   LibsecretSecretStore secretStore_;
   const std::unique_ptr<X11Session> x11_;
   SessionEventMonitors eventMonitors_{x11_.get()};
-  // On the connection that the toolkit has open anyway.
-  PortalDesktopAppearance desktopAppearance_{QDBusConnection::sessionBus()};
+  std::optional<PortalDesktopAppearance> desktopAppearance_;
   struct {
     UnavailablePasteboard pasteboard;
     UnavailableSelectionCopy selectionCopy;
