@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/AppearanceController.h"
 #include "app/SetAPIKey.h"
 #include "app/TerminationSignals.h"
 #include "platform/linux/session/LinuxPlatform.h"
@@ -67,6 +68,8 @@ int runApplication(int argc, char **argv) {
                        [] { QApplication::quit(); });
 
   delegate.applicationDidFinishLaunching();
+  // After everything that is waited for: there is no window yet.
+  const AppearanceController appearance(platform->desktopAppearance());
   const int status = QApplication::exec();
   delegate.applicationWillTerminate();
 

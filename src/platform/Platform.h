@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/AccessibilityTrust.h"
+#include "platform/DesktopAppearance.h"
 #include "platform/EventMonitors.h"
 #include "platform/HTTPClient.h"
 #include "platform/PanelWindows.h"
@@ -27,6 +28,7 @@ public:
   virtual HTTPClient &httpClient() = 0;
   virtual SecretStore &secretStore() = 0;
   virtual UserDefaults &userDefaults() = 0;
+  virtual DesktopAppearance &desktopAppearance() = 0;
 };
 
 }  // namespace lumiwren

@@ -13,9 +13,14 @@
 #include <utility>
 
 namespace lumiwren {
+namespace {
+
+constexpr int fontSize = 13;
+
+}  // namespace
 
 ActivatingTextField::ActivatingTextField(QWidget *parent) : QLineEdit(parent) {
-  setFont(systemFont(13));
+  setFont(systemFont(fontSize));
   setFrame(false);
   setTextMargins(0, 0, 0, 0);
   adaptPalette();
@@ -100,6 +105,8 @@ void ActivatingTextField::focusInEvent(QFocusEvent *event) {
 void ActivatingTextField::changeEvent(QEvent *event) {
   if (event->type() == QEvent::PaletteChange) {
     adaptPalette();
+  } else if (event->type() == QEvent::FontChange) {
+    setFont(systemFont(fontSize));
   }
   QLineEdit::changeEvent(event);
 }

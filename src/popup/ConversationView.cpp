@@ -3,6 +3,7 @@
 #include "base/Memory.h"
 #include "markdown/views/MarkdownTextView.h"
 #include "ui/Announcement.h"
+#include "ui/Motion.h"
 #include "ui/Palette.h"
 #include "ui/ThinScrollBar.h"
 
@@ -221,7 +222,7 @@ void ConversationView::paintEvent(QPaintEvent * /*event*/) {
   if (hasFocus() && window()->isActiveWindow()) {
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(lumiwrenPurple(), focusRingWidth));
+    painter.setPen(QPen(SemanticColors(palette()).accent, focusRingWidth));
     painter.drawRoundedRect(QRectF(viewport()->rect()).adjusted(3, 3, -3, -3), 5, 5);
   }
 }
@@ -322,6 +323,10 @@ void ConversationView::scheduleScrolling() {
 void ConversationView::scrollToBottom() {
   auto *const bar = verticalScrollBar();
   if (isScrolling() || bar->value() == bar->maximum()) {
+    return;
+  }
+  if (reducesMotion()) {
+    bar->setValue(bar->maximum());
     return;
   }
   scrolling_.disconnect(this);

@@ -122,7 +122,7 @@ QWidget *ExplanationPopupView::makeFollowUpRow() {
   sendButton_ = new SymbolButton(
       QStringLiteral("arrow.up.circle.fill"), 22, QStringLiteral("Send"),
       [this](const SemanticColors &colors) {
-        return sendButton_->isEnabled() ? lumiwrenPurple() : colors.secondary;
+        return sendButton_->isEnabled() ? colors.accent : colors.secondary;
       },
       container);
   sendButton_->setAutoDefault(true);

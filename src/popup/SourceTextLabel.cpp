@@ -3,6 +3,7 @@
 #include "ui/Fonts.h"
 #include "ui/Palette.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <QTextLayout>
 #include <QTextOption>
@@ -12,6 +13,7 @@
 namespace lumiwren {
 namespace {
 
+constexpr int fontSize = 12;
 constexpr int maximumLines = 2;
 
 /// Breaks the text into lines of a width; at least one, also of an empty text.
@@ -34,7 +36,7 @@ QString displayed(QString text) {
 
 SourceTextLabel::SourceTextLabel(QWidget *parent) : QLabel(parent) {
   setTextFormat(Qt::PlainText);
-  setFont(systemFont(12, QFont::Medium));
+  setFont(systemFont(fontSize, QFont::Medium));
   QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   policy.setHeightForWidth(true);
   setSizePolicy(policy);
@@ -52,6 +54,13 @@ QSize SourceTextLabel::sizeHint() const {
 
 QSize SourceTextLabel::minimumSizeHint() const {
   return {0, fontMetrics().lineSpacing()};
+}
+
+void SourceTextLabel::changeEvent(QEvent *event) {
+  if (event->type() == QEvent::FontChange) {
+    setFont(systemFont(fontSize, QFont::Medium));
+  }
+  QLabel::changeEvent(event);
 }
 
 void SourceTextLabel::paintEvent(QPaintEvent * /*event*/) {

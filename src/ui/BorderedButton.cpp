@@ -1,10 +1,16 @@
 #include "ui/BorderedButton.h"
 
 #include "ui/Fonts.h"
+#include "ui/Motion.h"
 #include "ui/Palette.h"
+#include "ui/PixelGrid.h"
 #include "ui/Symbols.h"
 
+#include <QEvent>
 #include <QPainter>
+
+#include <algorithm>
+#include <cmath>
 
 namespace lumiwren {
 namespace {
@@ -14,6 +20,9 @@ constexpr int symbolSize = 13;
 constexpr int spacing = 4;
 constexpr int horizontalPadding = 9;
 constexpr int buttonHeight = 24;
+constexpr qreal cornerRadius = 6;
+constexpr qreal focusRingWidth = 2;
+constexpr int fadeDuration = 200;  // ms
 
 }  // namespace
 
@@ -22,36 +31,93 @@ BorderedButton::BorderedButton(QWidget *parent) : QPushButton(parent) {
   setFocusPolicy(Qt::TabFocus);
   setAttribute(Qt::WA_Hover);
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+  fading_.setStartValue(0.0);
+  fading_.setEndValue(1.0);
+  fading_.setDuration(fadeDuration);
+  fading_.setEasingCurve(QEasingCurve::InOutQuad);
+  connect(&fading_, &QVariantAnimation::valueChanged, this, [this] {
+    updateGeometry();
+    update();
+  });
 }
 
-void BorderedButton::setLabel(const QString &symbolName, const QString &text) {
+void BorderedButton::setLabel(const QString &symbolName, const QString &text, LabelChange change) {
+  fading_.stop();
+  oldSymbolName_ = symbolName_;
+  oldText_ = this->text();
   symbolName_ = symbolName;
   setText(text);
+  if (change == LabelChange::CrossFade && isVisible() && !reducesMotion()) {
+    fading_.start();
+  }
   updateGeometry();
   update();
 }
 
+int BorderedButton::widthWith(const QString &text) const {
+  return 2 * horizontalPadding + scaledSize(symbolSize) + scaledSize(spacing) +
+         fontMetrics().horizontalAdvance(text);
+}
+
 QSize BorderedButton::sizeHint() const {
-  return {2 * horizontalPadding + symbolSize + spacing + fontMetrics().horizontalAdvance(text()),
-          buttonHeight};
+  const int width = widthWith(text());
+  const int height = std::max(scaledSize(buttonHeight), fontMetrics().height());
+  if (fading_.state() != QAbstractAnimation::Running) {
+    return {width, height};
+  }
+  const int oldWidth = widthWith(oldText_);
+  return {oldWidth + static_cast<int>(std::lround((width - oldWidth) * fading_.currentValue().toDouble())),
+          height};
+}
+
+void BorderedButton::changeEvent(QEvent *event) {
+  if (event->type() == QEvent::FontChange) {
+    setFont(systemFont(fontSize));
+    updateGeometry();
+  }
+  QPushButton::changeEvent(event);
+}
+
+void BorderedButton::hideEvent(QHideEvent *event) {
+  fading_.stop();
+  QPushButton::hideEvent(event);
 }
 
 void BorderedButton::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const SemanticColors colors(palette());
-  const QRectF outline = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-  painter.setPen(hasFocus() && window()->isActiveWindow() ? QPen(lumiwrenPurple(), 1.5)
-                                                          : QPen(withOpacity(colors.primary, 0.2), 1));
+  const bool isFocused = hasFocus() && window()->isActiveWindow();
+  const qreal lineWidth = isFocused ? focusRingWidth : 1;
+  const QRectF outline = outlineOnPixels(painter, rect(), lineWidth);
+  const qreal radius = cornerRadius - lineWidth / 2;
+  painter.setPen(Qt::NoPen);
   painter.setBrush(isDown()       ? withOpacity(colors.primary, 0.16)
                    : underMouse() ? withOpacity(colors.primary, 0.09)
                                   : withOpacity(colors.primary, 0.04));
-  painter.drawRoundedRect(outline, 5.5, 5.5);
-  painter.drawPixmap(horizontalPadding, (rect().height() - symbolSize) / 2,
-                     symbol(symbolName_, symbolSize, colors.primary, devicePixelRatioF()));
-  painter.setPen(colors.primary);
-  painter.drawText(rect().adjusted(horizontalPadding + symbolSize + spacing, 0, 0, 0),
-                   Qt::AlignLeft | Qt::AlignVCenter, text());
+  painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
+  const QColor outlineColor = isFocused ? colors.accent : withOpacity(colors.primary, 0.2);
+  painter.setPen(QPen(outlineColor, lineOnPixels(painter, lineWidth)));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRoundedRect(outline, radius, radius);
+  if (fading_.state() == QAbstractAnimation::Running) {
+    const double part = fading_.currentValue().toDouble();
+    painter.setClipRect(outline);
+    drawLabel(painter, oldSymbolName_, oldText_, withOpacity(colors.primary, 1 - part));
+    drawLabel(painter, symbolName_, text(), withOpacity(colors.primary, part));
+  } else {
+    drawLabel(painter, symbolName_, text(), colors.primary);
+  }
+}
+
+void BorderedButton::drawLabel(QPainter &painter, const QString &symbolName, const QString &text,
+                               const QColor &color) const {
+  const int size = scaledSize(symbolSize);
+  const QRectF square(horizontalPadding, (height() - size) / 2.0, size, size);
+  drawSymbol(painter, symbolName, square, color);
+  painter.setPen(color);
+  painter.drawText(rect().adjusted(horizontalPadding + size + scaledSize(spacing), 0, 0, 0),
+                   Qt::AlignLeft | Qt::AlignVCenter, text);
 }
 
 }  // namespace lumiwren

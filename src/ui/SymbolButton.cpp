@@ -1,12 +1,25 @@
 #include "ui/SymbolButton.h"
 
+#include "ui/Fonts.h"
+#include "ui/PixelGrid.h"
 #include "ui/Symbols.h"
 
+#include <QEvent>
 #include <QPainter>
 
+#include <algorithm>
 #include <utility>
 
 namespace lumiwren {
+namespace {
+
+constexpr int margin = 2;
+constexpr double pressedOpacity = 0.6;
+constexpr double hoverOpacity = 0.1;
+constexpr qreal focusRingWidth = 2;
+constexpr qreal focusRingRadius = 5;
+
+}  // namespace
 
 SymbolButton::SymbolButton(QString symbolName, int size, const QString &name, Color color, QWidget *parent)
     : QPushButton(parent), symbolName_(std::move(symbolName)), size_(size), color_(std::move(color)) {
@@ -17,23 +30,39 @@ SymbolButton::SymbolButton(QString symbolName, int size, const QString &name, Co
 }
 
 QSize SymbolButton::sizeHint() const {
-  return {size_ + 4, size_ + 4};
+  const int side = scaledSize(size_) + 2 * margin;
+  return {side, side};
+}
+
+void SymbolButton::changeEvent(QEvent *event) {
+  if (event->type() == QEvent::FontChange) {
+    updateGeometry();
+  }
+  QPushButton::changeEvent(event);
 }
 
 void SymbolButton::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  auto color = color_(SemanticColors(palette()));
-  if (isEnabled() && isDown()) {
-    color = withOpacity(color, 0.6);
-  } else if (isEnabled() && !underMouse()) {
-    color = withOpacity(color, 0.88);
+  const SemanticColors colors(palette());
+  const QRectF area = rect();
+  if (isEnabled() && underMouse()) {
+    const qreal diameter = std::min(area.width(), area.height());
+    QRectF disc(0, 0, diameter, diameter);
+    disc.moveCenter(area.center());
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(withOpacity(colors.primary, hoverOpacity));
+    painter.drawEllipse(rectOnPixels(painter, disc));
+    painter.setBrush(Qt::NoBrush);
   }
-  const QPoint corner((width() - size_) / 2, (height() - size_) / 2);
-  painter.drawPixmap(corner, symbol(symbolName_, size_, color, devicePixelRatioF()));
+  const qreal size = scaledSize(size_);
+  QRectF square(0, 0, size, size);
+  square.moveCenter(area.center());
+  const QColor color = color_(colors);
+  drawSymbol(painter, symbolName_, square, isDown() ? withOpacity(color, pressedOpacity) : color);
   if (hasFocus() && window()->isActiveWindow()) {
-    painter.setPen(QPen(lumiwrenPurple(), 1.5));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), 5, 5);
+    painter.setPen(QPen(colors.accent, lineOnPixels(painter, focusRingWidth)));
+    painter.drawRoundedRect(outlineOnPixels(painter, area, focusRingWidth), focusRingRadius, focusRingRadius);
   }
 }
 

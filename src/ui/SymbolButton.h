@@ -9,19 +9,21 @@
 
 namespace lumiwren {
 
-/// A plain button that is a symbol and nothing else. Never takes the keyboard focus by a click.
+/// A plain button that is a symbol and nothing else: in its full colour, faint while it is pressed, before a
+/// faint disc while the pointer is over it. Never takes the keyboard focus by a click.
 class SymbolButton : public QPushButton {
   Q_OBJECT
 
 public:
   using Color = std::function<QColor(const SemanticColors &)>;
 
-  /// `name` is what assistive technology calls the button.
+  /// `size` is in points and grows with the text. `name` is what assistive technology calls the button.
   SymbolButton(QString symbolName, int size, const QString &name, Color color, QWidget *parent = nullptr);
 
   QSize sizeHint() const override;
 
 protected:
+  void changeEvent(QEvent *event) override;
   void paintEvent(QPaintEvent *event) override;
 
 private:

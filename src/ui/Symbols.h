@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QColor>
+#include <QPainter>
 #include <QPixmap>
+#include <QRectF>
 #include <QString>
 
 namespace lumiwren {
@@ -9,5 +11,8 @@ namespace lumiwren {
 /// One of the program's own drawings (resources/symbols), in one colour, `size` points square. Drawn once for
 /// each size, colour and scale factor. A name that has no drawing is a programming error.
 QPixmap symbol(const QString &name, int size, const QColor &color, qreal devicePixelRatio);
+
+/// Draws a symbol into a square, on whole pixels of the device at any scale factor.
+void drawSymbol(QPainter &painter, const QString &name, const QRectF &square, const QColor &color);
 
 }  // namespace lumiwren

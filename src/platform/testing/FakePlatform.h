@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/testing/FakeAccessibilityTrust.h"
+#include "platform/testing/FakeDesktopAppearance.h"
 #include "platform/testing/FakeEventMonitors.h"
 #include "platform/testing/FakeHTTPClient.h"
 #include "platform/testing/FakePanelWindows.h"
@@ -25,6 +26,7 @@ public:
   FakeHTTPClient &httpClient() override { return httpClient_; }
   FakeSecretStore &secretStore() override { return secretStore_; }
   FakeUserDefaults &userDefaults() override { return userDefaults_; }
+  FakeDesktopAppearance &desktopAppearance() override { return desktopAppearance_; }
 
 private:
   FakeEventMonitors eventMonitors_;
@@ -36,6 +38,7 @@ private:
   FakeHTTPClient httpClient_;
   FakeSecretStore secretStore_;
   FakeUserDefaults userDefaults_;
+  FakeDesktopAppearance desktopAppearance_;
 };
 
 }  // namespace lumiwren::testing

@@ -4,11 +4,13 @@ person does, on a machine without a screen."""
 from .applications import Chromium, GtkEditor, Mousepad, QtEditor, QtReader, VteTerminal, XTerm
 from .desktop import API_KEY, WINDOW_MANAGERS, Desktop, LeftBehind
 from .display import Frame
+from .portal import GnomeSettings, SettingsPortal
 from .process import Process, leftovers
 from .program import Lumiwren, Panel
+from .resolution import Resolution
 from .service import DONE, Exchange, StandInService, sse
 from .waiting import stays_false, wait_until
 
-__all__ = ["API_KEY", "DONE", "WINDOW_MANAGERS", "Chromium", "Desktop", "Exchange", "Frame", "GtkEditor",
-           "LeftBehind", "Lumiwren", "Mousepad", "Panel", "Process", "QtEditor", "QtReader", "StandInService",
-           "VteTerminal", "XTerm", "leftovers", "sse", "stays_false", "wait_until"]
+__all__ = ["API_KEY", "DONE", "WINDOW_MANAGERS", "Chromium", "Desktop", "Exchange", "Frame", "GnomeSettings", "GtkEditor",
+           "LeftBehind", "Lumiwren", "Mousepad", "Panel", "Process", "QtEditor", "QtReader", "Resolution",
+           "SettingsPortal", "StandInService", "VteTerminal", "XTerm", "leftovers", "sse", "stays_false", "wait_until"]

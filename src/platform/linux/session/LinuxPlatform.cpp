@@ -3,11 +3,13 @@
 #include "platform/linux/CurlHTTPClient.h"
 #include "platform/linux/JSONUserDefaults.h"
 #include "platform/linux/LibsecretSecretStore.h"
+#include "platform/linux/appearance/PortalDesktopAppearance.h"
 #include "platform/linux/session/LocalEventMonitors.h"
 #include "platform/linux/session/UnavailableSession.h"
 #include "platform/linux/x11/X11Session.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QSocketNotifier>
 
@@ -80,6 +82,13 @@ public:
   HTTPClient &httpClient() override { return httpClient_; }
   SecretStore &secretStore() override { return secretStore_; }
   UserDefaults &userDefaults() override { return userDefaults_; }
+  DesktopAppearance &desktopAppearance() override {
+    if (!desktopAppearance_) {
+      // On the connection that the toolkit has for itself, once the program is up; to open it takes a while.
+      desktopAppearance_.emplace(QDBusConnection::sessionBus());
+    }
+    return *desktopAppearance_;
+  }
 
 private:
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
@@ -87,6 +96,7 @@ private:
   LibsecretSecretStore secretStore_;
   const std::unique_ptr<X11Session> x11_;
   SessionEventMonitors eventMonitors_{x11_.get()};
+  std::optional<PortalDesktopAppearance> desktopAppearance_;
   struct {
     UnavailablePasteboard pasteboard;
     UnavailableSelectionCopy selectionCopy;
