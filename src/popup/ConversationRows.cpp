@@ -48,13 +48,10 @@ QRect UserBubble::bubble(int width) const {
 }
 
 int UserBubble::heightForWidth(int width) const {
-  return bubble(width).height();
-}
-
-void UserBubble::resizeEvent(QResizeEvent *event) {
-  text_->setGeometry(bubble(width()).adjusted(bubbleHorizontalPadding, bubbleVerticalPadding,
-                                              -bubbleHorizontalPadding, -bubbleVerticalPadding));
-  QWidget::resizeEvent(event);
+  const QRect outline = bubble(width);
+  text_->setGeometry(outline.adjusted(bubbleHorizontalPadding, bubbleVerticalPadding,
+                                      -bubbleHorizontalPadding, -bubbleVerticalPadding));
+  return outline.height();
 }
 
 void UserBubble::paintEvent(QPaintEvent * /*event*/) {
@@ -79,21 +76,20 @@ void ErrorRow::setVerticalPadding(int top, int bottom) {
 }
 
 int ErrorRow::heightForWidth(int width) const {
-  const int textHeight = text_->layOut(width - errorSymbolSize - errorSpacing);
-  return top_ + std::max(textHeight, errorSymbolSize) + bottom_;
-}
-
-void ErrorRow::resizeEvent(QResizeEvent *event) {
-  text_->setGeometry(errorSymbolSize + errorSpacing, top_, width() - errorSymbolSize - errorSpacing,
-                     height() - top_ - bottom_);
-  QWidget::resizeEvent(event);
+  const int symbolSize = scaledSize(errorSymbolSize);
+  const int left = symbolSize + errorSpacing;
+  const int height = std::max(text_->layOut(width - left), symbolSize);
+  text_->setGeometry(left, top_, width - left, height);
+  return top_ + height + bottom_;
 }
 
 void ErrorRow::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
-  painter.drawPixmap(0, top_,
-                     symbol(QStringLiteral("exclamationmark.triangle.fill"), errorSymbolSize,
-                            SemanticColors(palette()).orange, devicePixelRatioF()));
+  const int symbolSize = scaledSize(errorSymbolSize);
+  // In the middle of the text's first line.
+  const int offset = std::max(0, (text_->characterRect(0).height() - symbolSize) / 2);
+  drawSymbol(painter, QStringLiteral("exclamationmark.triangle.fill"),
+             QRectF(0, top_ + offset, symbolSize, symbolSize), SemanticColors(palette()).orange);
 }
 
 LoadingRow::LoadingRow(QWidget *parent) : QWidget(parent), label_(new QLabel(this)) {
@@ -113,6 +109,8 @@ LoadingRow::LoadingRow(QWidget *parent) : QWidget(parent), label_(new QLabel(thi
 void LoadingRow::changeEvent(QEvent *event) {
   if (event->type() == QEvent::PaletteChange) {
     tint();
+  } else if (event->type() == QEvent::FontChange) {
+    label_->setFont(systemFont(fontSize));
   }
   QWidget::changeEvent(event);
 }

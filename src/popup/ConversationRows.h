@@ -8,7 +8,8 @@
 
 namespace lumiwren {
 
-/// What stands in the conversation beside answers. Each row is as high as it needs to be at a width.
+/// What stands in the conversation beside answers. Each row is as high as it needs to be at a width; asking
+/// for that height arranges the row for the width.
 
 /// A user's turn: a bubble on the right that is as wide as its text.
 class UserBubble : public QWidget {
@@ -25,7 +26,6 @@ public:
 
 protected:
   void paintEvent(QPaintEvent *event) override;
-  void resizeEvent(QResizeEvent *event) override;
 
 private:
   QRect bubble(int width) const;
@@ -49,7 +49,6 @@ public:
 
 protected:
   void paintEvent(QPaintEvent *event) override;
-  void resizeEvent(QResizeEvent *event) override;
 
 private:
   PlainTextView *text_;

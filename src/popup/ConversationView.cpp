@@ -192,11 +192,16 @@ void ConversationView::arrange() {
   content_->resize(viewWidth, y + padding);
 }
 
-bool ConversationView::event(QEvent *event) {
+void ConversationView::changeEvent(QEvent *event) {
   if (event->type() == QEvent::FontChange) {
-    arrange();
+    // When the rows have changed theirs.
+    mainQueue_.post([weak = weak_.weak()] {
+      if (auto *const self = weak.get()) {
+        self->arrange();
+      }
+    });
   }
-  return QScrollArea::event(event);
+  QScrollArea::changeEvent(event);
 }
 
 void ConversationView::resizeEvent(QResizeEvent *event) {

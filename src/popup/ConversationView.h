@@ -40,7 +40,7 @@ public:
   bool isScrolling() const { return scrolling_.state() == QAbstractAnimation::Running; }
 
 protected:
-  bool event(QEvent *event) override;
+  void changeEvent(QEvent *event) override;
   void resizeEvent(QResizeEvent *event) override;
   void keyPressEvent(QKeyEvent *event) override;
   void focusInEvent(QFocusEvent *event) override;
