@@ -31,7 +31,7 @@ protected:
 
 class FontsTest : public ::testing::Test {
 protected:
-  ~FontsTest() override { setTextScale(1); }
+  void TearDown() override { setTextScale(1); }
 };
 
 TEST_F(FontsTest, SizesAreExactlyTheStatedOnesAtFirst) {
