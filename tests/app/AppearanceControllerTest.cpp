@@ -48,7 +48,7 @@ protected:
     window_->show();
     deliver();
   }
-  ~AppearanceControllerTest() override {
+  void TearDown() override {
     desktop_.set({});
     deliver();
     controller_.reset();

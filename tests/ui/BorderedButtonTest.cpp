@@ -29,7 +29,7 @@ const QString copiedText = QStringLiteral("Copied!");
 class BorderedButtonTest : public ::testing::Test {
 protected:
   BorderedButtonTest() { button_.setLabel(copySymbol, copyText); }
-  ~BorderedButtonTest() override {
+  void TearDown() override {
     setTextScale(1);
     setReducesMotion(false);
   }

@@ -31,7 +31,7 @@ protected:
 
 class FontsTest : public ::testing::Test {
 protected:
-  ~FontsTest() override { setTextScale(1); }
+  void TearDown() override { setTextScale(1); }
 };
 
 TEST_F(FontsTest, SizesAreExactlyTheStatedOnesAtFirst) {
@@ -102,22 +102,36 @@ TEST_F(FontsTest, WidgetsMayComeAndGoWhileTheyAreTold) {
 
 TEST(TextScale, WhatTheScreenContainsIsNotAppliedTwice) {
   const struct {
+    const char *what;
     double desktop;
     double devicePixelRatio;
     double remaining;
   } table[] = {
-      {1, 1, 1},         {1, 2, 1},     {1, 1.25, 1},    {1.25, 1, 1.25},  // Wayland, and X11 without a
-                                                                           // settings daemon
-      {1.25, 1.25, 1},                                                     // X11: part of the resolution
-      {1.25, 2.5, 1},  // the same on a screen of twice the resolution
-      {1.25, 2, 1.25},   {1.5, 1.5, 1}, {1.5, 3, 1},     {2, 2, 1},       {2, 4, 1},
-      {2, 1, 2},         {3, 1, 3},     {1.1, 1.104, 1},  // resolutions are whole numbers of dots
-      {1.33, 1.3333, 1}, {0.5, 1, 0.5},                   // 1 is a multiple of a half, but contains none
-      {0.5, 2, 0.5},     {0.5, 0.5, 1}, {0.8, 1, 0.8},   {0.8, 0.8, 1},   {0.75, 1.5, 1},
+      {"nothing asked for", 1, 1, 1},
+      {"a screen of twice the resolution", 1, 2, 1},
+      {"a fractional scale of everything", 1, 1.25, 1},
+      {"text alone", 1.25, 1, 1.25},
+      {"text alone, on twice the resolution", 1.25, 2, 1.25},
+      {"in the resolution", 1.25, 1.25, 1},
+      {"in the resolution, which is doubled", 1.25, 2.5, 1},
+      {"in the resolution", 1.5, 1.5, 1},
+      {"in the resolution, which is doubled", 1.5, 3, 1},
+      {"in the resolution", 2, 2, 1},
+      {"in the resolution, which is doubled", 2, 4, 1},
+      {"text alone", 2, 1, 2},
+      {"text alone", 3, 1, 3},
+      {"in a resolution in whole dots", 1.1, 106 / 96.0, 1},
+      {"in a resolution in whole dots", 1.33, 128 / 96.0, 1},
+      {"small text alone", 0.5, 1, 0.5},
+      {"small text alone, on twice the resolution", 0.5, 2, 0.5},
+      {"small text alone", 0.8, 1, 0.8},
+      {"small text in the resolution", 0.5, 0.5, 1},
+      {"small text in the resolution", 0.8, 0.8, 1},
+      {"small text in the resolution, which is doubled", 0.75, 1.5, 1},
   };
   for (const auto &row : table) {
     EXPECT_EQ(remainingTextScale(row.desktop, row.devicePixelRatio), row.remaining)
-        << row.desktop << " at " << row.devicePixelRatio;
+        << row.what << ": " << row.desktop << " at " << row.devicePixelRatio;
   }
 }
 

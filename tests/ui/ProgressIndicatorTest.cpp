@@ -19,7 +19,7 @@ using testing::rendered;
 
 class ProgressIndicatorTest : public ::testing::Test {
 protected:
-  ~ProgressIndicatorTest() override {
+  void TearDown() override {
     setTextScale(1);
     setReducesMotion(false);
   }

@@ -19,7 +19,7 @@ const QColor green(10, 200, 30);
 
 class SymbolButtonTest : public ::testing::Test {
 protected:
-  ~SymbolButtonTest() override { setTextScale(1); }
+  void TearDown() override { setTextScale(1); }
 
   QImage drawing(int size, qreal scale, const QColor &color) const {
     return symbol(QStringLiteral("xmark.circle.fill"), size, color, scale)
