@@ -224,7 +224,7 @@ void ExplanationPopupView::copyAll() {
 
 void ExplanationPopupView::setCopied(bool copied) {
   if (copied) {
-    copyButton_->setLabel(QStringLiteral("checkmark"), QStringLiteral("Copied!"));
+    copyButton_->setLabel(QStringLiteral("checkmark"), QStringLiteral("Copied!"), LabelChange::CrossFade);
   } else {
     copyButton_->setLabel(QStringLiteral("doc.on.doc"), QStringLiteral("Copy Result"));
   }
