@@ -13,7 +13,6 @@ from . import Desktop, Frame, GtkEditor, Lumiwren, SettingsPortal, StandInServic
 MARGIN = 28  # around the panel, in points
 SIZE = 900, 680  # of the desktop, in points
 POINTER = 220, 40
-BACKDROP = "The wren is a small brown bird with a big voice.\n" * 40
 
 EVERY_KIND = """# Wrens
 
@@ -87,7 +86,7 @@ class Studio:
         self.desktop.__enter__()
         SettingsPortal(self.desktop, settings=self.settings)
         self.service = StandInService()
-        self.editor = GtkEditor(self.desktop, BACKDROP)
+        self.editor = None
         self.lumiwren = Lumiwren(self.desktop, self.service, QT_SCALE_FACTOR=str(self.scale))
         return self
 
@@ -99,6 +98,7 @@ class Studio:
     def open(self, answer, selected="What the user selected in a text that he was reading"):
         """Presses the hotkey over a fresh selection; the panel."""
         self.service.answer = answer
+        self.editor = GtkEditor(self.desktop, selected, state="fullscreen")
         self.editor.select_all(selected)
         self.desktop.display.move(*(int(part * self.scale) for part in POINTER))
         self.lumiwren.press_hotkey()
@@ -107,11 +107,12 @@ class Studio:
     def close(self):
         self.desktop.display.press("Escape")
         self.lumiwren.panel.wait_gone()
+        self.editor.close()
 
     def grow(self, panel, width, height):
         """Drags the panel's lower right corner."""
         frame = panel.frame
-        corner = frame.right - 2, frame.bottom - 2
+        corner = frame.right - 5, frame.bottom - 5  # inside of the round
         self.desktop.display.drag(corner, (corner[0] + int(width * self.scale) - frame.width,
                                            corner[1] + int(height * self.scale) - frame.height))
         wait_until(lambda: panel.frame.height >= int(height * self.scale) - 4, "the larger panel")
@@ -123,7 +124,7 @@ class Studio:
 
         def unchanged():
             seen.append(bytes(display.pixels(panel.frame)[0]))
-            return len(seen) > 8 and len(set(seen[-8:])) == 1
+            return len(seen) > 5 and len(set(seen[-5:])) == 1  # shorter than the caret is on
 
         wait_until(unchanged, "the panel to stand still", interval=0.06)
 
