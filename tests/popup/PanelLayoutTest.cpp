@@ -48,7 +48,8 @@ protected:
   }
 
   void draw(const std::string &source = "source") {
-    show(source);
+    controller.show(source, std::nullopt, false, std::nullopt);
+    queue.runPending();
     queue.runPending();  // An open panel has its content one step later.
     state().removeAllMessages();
     state().addMessage("assistant", "");
