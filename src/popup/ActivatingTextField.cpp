@@ -121,6 +121,7 @@ void ActivatingTextField::adaptPalette() {
       differs(QPalette::Disabled, QPalette::Base, colors.textBackground)) {
     QPalette adapted;
     adapted.setColor(QPalette::PlaceholderText, colors.secondary);
+    adapted.setColor(QPalette::Disabled, QPalette::PlaceholderText, withOpacity(colors.secondary, 0.6));
     adapted.setColor(QPalette::Disabled, QPalette::Base, colors.textBackground);
     setPalette(adapted);
   }

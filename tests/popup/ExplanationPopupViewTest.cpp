@@ -167,6 +167,15 @@ TEST_F(ExplanationPopupViewTest, TheSourceTextIsReadAloudWhole) {
             ExplanationPopupView::truncatedOriginalText(text).toStdString());
 }
 
+TEST_F(ExplanationPopupViewTest, TheDisabledFieldLooksDisabled) {
+  show("source", "answer", true);
+  controller.hostingView()->refresh();
+  ASSERT_FALSE(field().isEnabled());
+  const auto &palette = field().palette();
+  EXPECT_LT(palette.color(QPalette::Disabled, QPalette::PlaceholderText).alphaF(),
+            palette.color(QPalette::Active, QPalette::PlaceholderText).alphaF());
+}
+
 TEST_F(ExplanationPopupViewTest, ThePlaceholderCanBeReadOnEveryPalette) {
   show();
   const QPalette before = QApplication::palette();

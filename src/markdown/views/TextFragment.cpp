@@ -1,5 +1,7 @@
 #include "markdown/views/TextFragment.h"
 
+#include "markdown/views/Emoji.h"
+
 #include <QFontMetricsF>
 #include <QTextBoundaryFinder>
 #include <QTextCharFormat>
@@ -72,6 +74,16 @@ std::unique_ptr<QTextLayout> TextFragment::makeLayout(int start, int end) const 
     if (format.start < end && format.start + format.length > start) {
       format.start -= start;
       formats.push_back(format);
+    }
+  }
+  const QString shown = layout->text();
+  const auto emoji = emojiRanges(shown);
+  if (!emoji.empty() && !emojiFontFamily().isEmpty()) {
+    // Else one emoji may come from several fonts, in parts.
+    QTextCharFormat format;
+    format.setFontFamilies({emojiFontFamily()});
+    for (const auto &range : emoji) {
+      formats.push_back({range.start, range.length, format});
     }
   }
   layout->setFormats(formats);

@@ -127,9 +127,11 @@ class Panel:
 
     def place(self, node):
         """Where a part of the panel is on the screen. The toolkit can be wrong about where its window is, so only
-        the part's place within the window is taken from it."""
+        the part's place within the window is taken from it; it counts in points."""
         part, root, frame = node.frame, self.node.frame, self.window_frame
-        return Frame(frame.x + part.x - root.x, frame.y + part.y - root.y, part.width, part.height)
+        scale = frame.width / root.width
+        return Frame(round(frame.x + (part.x - root.x) * scale), round(frame.y + (part.y - root.y) * scale),
+                     round(part.width * scale), round(part.height * scale))
 
     def click(self, node):
         self.display.click(*self.place(node).centre)
