@@ -102,18 +102,20 @@ class WindowWatch:
         raise TimeoutError("no window appeared")
 
     def appearance(self, press):
-        """Milliseconds from `press` to the map of a window and to its first pixels; the window's place."""
+        """Milliseconds from `press` to the map of a window and to its first pixels; None when it went before that."""
         while self.x.pending_events():
             self.x.next_event()
         before = self.display.pixels(self._everything())[0]
         began = time.monotonic()
         press()
-        mapped = place = None
+        mapped = place = window = None
         for event, now in self.events():
             if event.type == X.MapNotify and mapped is None:
                 frame = self.display.frame(event.window)
                 if frame.width >= self.SMALLEST[0] and frame.height >= self.SMALLEST[1]:
-                    mapped, place = now, frame
+                    mapped, place, window = now, frame, event.window
+            elif event.type == X.UnmapNotify and event.window == window:
+                return None
             elif mapped and event.type == self.x.extension_event.DamageNotify and self._drawn(before, place):
                 return (mapped - began) * 1000, (now - began) * 1000
 
@@ -136,6 +138,7 @@ class WindowWatch:
 
 
 def measure_hotkey():
+    """Goldendict's popup now and then goes as soon as it has come; such a round has no figures of it."""
     ours, theirs = ([], []), ([], [])
     with Desktop() as desktop, StandInService(lambda exchange: exchange.hold()) as service:
         configuration = pathlib.Path(desktop.env["XDG_CONFIG_HOME"], "goldendict/config")
@@ -154,10 +157,12 @@ def measure_hotkey():
         watch = WindowWatch(desktop.display)
         for number in range(HOTKEY_ROUNDS + 1):
             for times, keys in ((ours, ("Alt", "Shift", "e")), (theirs, ("Control", "F12"))):
-                mapped, drawn = watch.appearance(lambda: desktop.display.press(*keys))
-                if number:  # the first time both make their window
-                    times[0].append(mapped)
-                    times[1].append(drawn)
+                appearance = watch.appearance(lambda: desktop.display.press(*keys))
+                if appearance is None:
+                    assert times is theirs, "the panel went before it was drawn"
+                elif number:  # the first time both make their window
+                    times[0].append(appearance[0])
+                    times[1].append(appearance[1])
                 desktop.display.press("Escape")
                 wait_until(lambda: not desktop.display.windows("Lumiwren") and not desktop.display.windows("Dialog"),
                            "the window's end")

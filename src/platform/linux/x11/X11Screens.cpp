@@ -53,15 +53,25 @@ Point X11Screens::mouseLocation() {
 }
 
 std::optional<Rect> X11Screens::mainScreenVisibleFrame() {
+  // All at once: the panel waits for this, and each wait for the server takes a while.
+  const auto focusQuestion = xcb_get_input_focus(connection_.get());
+  const auto clientsQuestion = askNumbers(connection_, connection_.root(), atoms_.clientList);
+  const auto areasQuestion = askNumbers(connection_, connection_.root(), atoms_.workArea);
+  const auto desktopQuestion = askNumbers(connection_, connection_.root(), atoms_.currentDesktop);
   const auto monitors = layout(connection_);
+  const XReply<xcb_get_input_focus_reply_t> focus(
+      xcb_get_input_focus_reply(connection_.get(), focusQuestion, nullptr));
+  const auto clients = numbers(connection_, clientsQuestion);
+  const auto areas = numbers(connection_, areasQuestion);
+  const auto desktop = numbers(connection_, desktopQuestion);
   if (!monitors) {
     return std::nullopt;
   }
-  const PixelRect monitor = monitors->main(focusedWindow());
-  PixelRect visible = monitors->visibleFrame(monitor, struts());
+  const PixelRect monitor = monitors->main(focus ? topWindow(focus->focus) : std::nullopt);
+  PixelRect visible = monitors->visibleFrame(monitor, struts(clients));
   if (monitors->monitors.size() <= 1) {
     // The work area is one rectangle for all monitors, so it says something about a single one only.
-    visible = intersection(visible, workArea().value_or(visible));
+    visible = intersection(visible, workArea(areas, desktop).value_or(visible));
   }
   return DesktopCoordinates{monitors->primary(), pixelsPerPoint_}.rect(visible);
 }
@@ -90,15 +100,13 @@ std::optional<MonitorLayout> X11Screens::layout(const X11Connection &connection)
   return layout;
 }
 
-std::optional<PixelRect> X11Screens::focusedWindow() const {
+std::optional<PixelRect> X11Screens::topWindow(xcb_window_t focus) const {
   xcb_connection_t *connection = connection_.get();
-  const XReply<xcb_get_input_focus_reply_t> focus(
-      xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-  if (!focus || focus->focus == XCB_NONE || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT) {
+  if (focus == XCB_NONE || focus == XCB_INPUT_FOCUS_POINTER_ROOT) {
     return std::nullopt;
   }
   // The focus may be in a tiny window inside the application's; the one below the root is what is seen.
-  for (xcb_window_t window = focus->focus; window != connection_.root();) {
+  for (xcb_window_t window = focus; window != connection_.root();) {
     const XReply<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
     if (!tree || tree->parent == XCB_NONE) {
@@ -114,8 +122,7 @@ std::optional<PixelRect> X11Screens::focusedWindow() const {
   return std::nullopt;
 }
 
-std::vector<Strut> X11Screens::struts() const {
-  const auto clients = numbers(connection_, askNumbers(connection_, connection_.root(), atoms_.clientList));
+std::vector<Strut> X11Screens::struts(const std::vector<xcb_window_t> &clients) const {
   struct Question {
     xcb_get_property_cookie_t partial, plain;
   };
@@ -145,11 +152,8 @@ std::vector<Strut> X11Screens::struts() const {
   return result;
 }
 
-std::optional<PixelRect> X11Screens::workArea() const {
-  const auto areasQuestion = askNumbers(connection_, connection_.root(), atoms_.workArea);
-  const auto desktopQuestion = askNumbers(connection_, connection_.root(), atoms_.currentDesktop);
-  const auto areas = numbers(connection_, areasQuestion);
-  const auto desktop = numbers(connection_, desktopQuestion);
+std::optional<PixelRect> X11Screens::workArea(const std::vector<std::uint32_t> &areas,
+                                              const std::vector<std::uint32_t> &desktop) {
   constexpr std::size_t fields = 4;
   const std::size_t start = desktop.empty() ? 0 : desktop.front() * fields;
   if (areas.size() < start + fields) {

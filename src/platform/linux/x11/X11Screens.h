@@ -22,9 +22,12 @@ public:
   static std::optional<MonitorLayout> layout(const X11Connection &connection);
 
 private:
-  std::optional<PixelRect> focusedWindow() const;
-  std::vector<Strut> struts() const;
-  std::optional<PixelRect> workArea() const;
+  /// The window below the root that holds the focused one.
+  std::optional<PixelRect> topWindow(xcb_window_t focus) const;
+  std::vector<Strut> struts(const std::vector<xcb_window_t> &clients) const;
+  /// The work area of a desktop, of those of all desktops.
+  static std::optional<PixelRect> workArea(const std::vector<std::uint32_t> &areas,
+                                           const std::vector<std::uint32_t> &desktop);
 
   const X11Connection &connection_;
   const double pixelsPerPoint_;
