@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QFontDatabase>
+#include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
 
@@ -172,6 +174,27 @@ TEST(TableGridView, LinesAreBetweenCellsAndNotBelowTheLastRow) {
   EXPECT_EQ(countRows(Block("| a | b |\n|---|---|\n| 1 | 2 |\n| 3 | 4 |").drawn()), 2);
 }
 
+TEST(TableGridView, LinesAreOfTheBordersStrengthInTheHeaderAndOfHalfOfItBelow) {
+  Block block("| a | b |\n|---|---|\n| 1 | 2 |\n| 3 | 4 |");
+  const QImage image = block.drawn();
+  const int full = qRound(0.3 * 255);
+  const int half = qRound(0.15 * 255);
+  const auto headerBottom = static_cast<int>(block.rectOf("1").top()) - 5 - 1;
+  const auto rowBottom = static_cast<int>(block.rectOf("3").top()) - 5 - 1;
+  EXPECT_NEAR(image.pixelColor(149, 3).alpha(), full, 1);
+  EXPECT_NEAR(image.pixelColor(60, headerBottom).alpha(), full, 1);
+  EXPECT_NEAR(image.pixelColor(149, headerBottom + 3).alpha(), half, 1);
+  EXPECT_NEAR(image.pixelColor(60, rowBottom).alpha(), half, 1);
+  for (const int x : {0, 299}) {
+    EXPECT_NEAR(image.pixelColor(x, image.height() / 2).alpha(), full, 1) << x;
+  }
+  for (const int y : {0, image.height() - 1}) {
+    EXPECT_NEAR(image.pixelColor(60, y).alpha(), full, 1) << y;
+  }
+  EXPECT_LT(image.pixelColor(0, 0).alpha(), full / 2);  // the corner is round
+  EXPECT_EQ(image.pixelColor(60, 3).alpha(), 0);
+}
+
 TEST(TableGridView, AHeaderAloneHasItsLineToo) {
   Block block("| a | b |\n|---|---|");
   EXPECT_EQ(block->height(), 6 + std::ceil(block.rectOf("a").height()) + 6 + 1);
@@ -187,6 +210,38 @@ TEST(TableGridView, OneColumnHasNoVerticalLines) {
   };
   EXPECT_EQ(countColumns(Block("| a |\n|---|\n| 1 |").drawn()), 0);
   EXPECT_GE(countColumns(Block("| a | b |\n|---|---|\n| 1 | 2 |").drawn()), 1);
+}
+
+TEST(BlockView, EveryKindHasItsFont) {
+  const auto sized = [](QFont font, int size, QFont::Weight weight = QFont::Normal) {
+    font.setPixelSize(size);
+    font.setWeight(weight);
+    return font;
+  };
+  const QFont ui = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+  const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  const struct {
+    const char *markdown;
+    QFont font;
+  } cases[] = {{"# Wording", sized(ui, 17, QFont::Bold)},
+               {"## Wording", sized(ui, 15, QFont::Bold)},
+               {"### Wording", sized(ui, 14, QFont::DemiBold)},
+               {"Wording", sized(ui, 13)},
+               {"**Wording**", sized(ui, 13, QFont::Bold)},
+               {"- Wording", sized(ui, 13)},
+               {"1. Wording", sized(ui, 13)},
+               {"```\nWording\n```", sized(fixed, 12)},
+               {"```Wording\nx\n```", sized(ui, 10, QFont::Medium)},
+               {"| Wording |\n|---|\n| 1 |", sized(ui, 12, QFont::DemiBold)},
+               {"| a |\n|---|\n| Wording |", sized(ui, 12)}};
+  const SemanticColors colors{QPalette()};
+  for (const auto &[markdown, font] : cases) {
+    Block block(markdown);
+    const auto start = static_cast<int>(block->plainText().indexOf(QLatin1String("ording")));
+    const qreal from = block->characterRect(start, colors).left();
+    const qreal to = block->characterRect(start + 5, colors).right();
+    EXPECT_NEAR(to - from, QFontMetricsF(font).horizontalAdvance(QStringLiteral("ording")), 0.6) << markdown;
+  }
 }
 
 TEST(TextBlockView, HeadingsAreVerbatimInTheirSizes) {

@@ -1,10 +1,14 @@
 #include "markdown/views/MarkdownTextView.h"
 
+#include "ui/Fonts.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QHelpEvent>
 #include <QMouseEvent>
+#include <QToolTip>
 #include <QUrl>
 
 namespace lumiwren {
@@ -104,6 +108,78 @@ TEST_F(MarkdownTextViewTest, SelectAllTakesEverything) {
   show(everyKind);
   view.selectAll();
   EXPECT_EQ(view.selectedText(), view.plainText());
+}
+
+TEST_F(MarkdownTextViewTest, BlocksAreEightPointsApart) {
+  show("first\nsecond\n# third");
+  EXPECT_EQ(view.characterRect(0).topLeft(), QPoint(0, 0));
+  EXPECT_EQ(view.characterRect(6).top(), view.characterRect(0).bottom() + 1 + 8);
+  EXPECT_EQ(view.characterRect(13).top(), view.characterRect(6).bottom() + 1 + 8);
+  EXPECT_EQ(view.layOut(width), view.characterRect(13).bottom() + 1);
+}
+
+TEST_F(MarkdownTextViewTest, ALinkTellsItsTrueAddress) {
+  view.show();
+  show("see [the *bank*](https://example.org/a?b=1&c=2) or [run](file:///bin/sh)");
+  const auto toolTipAt = [&](int position) {
+    const QPoint place = view.characterRect(position).center();
+    QHelpEvent help(QEvent::ToolTip, place, view.mapToGlobal(place));
+    QApplication::sendEvent(&view, &help);
+    return QToolTip::text();
+  };
+  EXPECT_EQ(toolTipAt(1), QString());
+  EXPECT_EQ(toolTipAt(view.length() - 2), QString());
+  EXPECT_EQ(toolTipAt(6), QStringLiteral("https://example.org/a?b=1&c=2"));
+}
+
+TEST_F(MarkdownTextViewTest, OnlyLinksHaveThePointersHandAndTheLinksColour) {
+  show("see [the page](https://example.org) or [file](file:///x)");
+  const auto cursorAt = [&](int position) {
+    mouse(QEvent::MouseMove, view.characterRect(position).center());
+    return view.cursor().shape();
+  };
+  EXPECT_EQ(cursorAt(6), Qt::PointingHandCursor);
+  EXPECT_EQ(cursorAt(1), Qt::IBeamCursor);
+  EXPECT_EQ(cursorAt(view.length() - 2), Qt::IBeamCursor);
+  const QImage image = view.grab().toImage();
+  const QColor link = SemanticColors(view.palette()).link;
+  const auto hasLinkColour = [&](int from, int to) {
+    const QRect part = view.characterRect(from) | view.characterRect(to);
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+      for (int x = part.left(); x <= part.right(); ++x) {
+        if (image.pixelColor(x, y) == link) {
+          return true;
+        }
+      }
+    }
+    return false;
+  };
+  EXPECT_TRUE(hasLinkColour(4, 11));
+  EXPECT_FALSE(hasLinkColour(0, 2));
+  EXPECT_FALSE(hasLinkColour(view.length() - 4, view.length() - 1));
+}
+
+TEST_F(MarkdownTextViewTest, TheHandleOfALongLineScrollsIt) {
+  show("```\n" + std::string(200, 'x') + "\n```");
+  const int before = view.characterRect(0).left();
+  const int y = view.height() - 4;
+  drag({20, y}, {60, y});
+  EXPECT_LT(view.characterRect(0).left(), before - 40);
+  EXPECT_FALSE(view.hasSelection());
+  drag({60, y}, {-200, y});
+  EXPECT_EQ(view.characterRect(0).left(), before);
+}
+
+TEST_F(MarkdownTextViewTest, AnotherSizeOfTextIsTakenOver) {
+  show(everyKind);
+  const int before = view.layOut(width);
+  setTextScale(1.5);
+  EXPECT_GT(view.layOut(width), before * 5 / 4);
+  MarkdownTextView fresh;
+  fresh.setMarkdown(everyKind);
+  EXPECT_EQ(view.layOut(width), fresh.layOut(width));
+  setTextScale(1);
+  EXPECT_EQ(view.layOut(width), before);
 }
 
 TEST_F(MarkdownTextViewTest, AVeryLongTextIsThereInPartAtOnceAndThenInFull) {
