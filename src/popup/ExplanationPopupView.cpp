@@ -3,11 +3,11 @@
 #include "base/Unicode.h"
 #include "popup/ActivatingTextField.h"
 #include "popup/ConversationView.h"
-#include "popup/DevicePixels.h"
 #include "popup/FollowUpFieldFrame.h"
 #include "popup/KeyablePanel.h"
 #include "popup/SourceTextLabel.h"
 #include "ui/BorderedButton.h"
+#include "ui/DevicePixels.h"
 #include "ui/Palette.h"
 #include "ui/SymbolButton.h"
 

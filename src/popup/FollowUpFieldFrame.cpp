@@ -1,7 +1,7 @@
 #include "popup/FollowUpFieldFrame.h"
 
 #include "popup/ActivatingTextField.h"
-#include "popup/DevicePixels.h"
+#include "ui/DevicePixels.h"
 #include "ui/Palette.h"
 
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #include "popup/PanelShadow.h"
 
-#include "popup/DevicePixels.h"
+#include "ui/DevicePixels.h"
 
 #include <QImage>
 #include <QPainterPath>

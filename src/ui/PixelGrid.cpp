@@ -7,10 +7,14 @@
 
 namespace lumiwren {
 
+int linePixels(qreal width, qreal scale) {
+  // Of two that are equally near the finer one: at a scale of 1.5 a line of 2 pixels looks like a bar.
+  return std::max(1, static_cast<int>(std::ceil(width * scale - 0.5)));
+}
+
 qreal lineOnPixels(const QPainter &painter, qreal width) {
   const qreal scale = painter.deviceTransform().m11();
-  // Of two that are equally near the finer one: at a scale of 1.5 a line of 2 pixels looks like a bar.
-  return std::max(1.0, std::ceil(width * scale - 0.5)) / scale;
+  return linePixels(width, scale) / scale;
 }
 
 QRectF rectOnPixels(const QPainter &painter, const QRectF &rect) {

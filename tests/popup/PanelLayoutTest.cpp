@@ -65,7 +65,7 @@ protected:
     }
     picture = controller.hostingView()->grab().toImage();
     scale = picture.devicePixelRatio();
-    line = std::max(qRound(scale), 1);
+    line = scale < 2 ? 1 : 2;
   }
   int px(double points) const { return qRound(points * scale); }
   QColor at(int x, int y) const { return picture.pixelColor(x, y); }

@@ -2,7 +2,9 @@
 
 #include "base/Unicode.h"
 #include "markdown/views/QuickMetrics.h"
+#include "ui/DevicePixels.h"
 #include "ui/Fonts.h"
+#include "ui/PixelGrid.h"
 
 #include <QFontMetricsF>
 
@@ -164,29 +166,37 @@ void TableGridView::paintAbove(const FragmentPainting &painting) const {
   const QColor border = withOpacity(painting.colors.primary, MarkdownTable::borderColor.opacity);
   const QColor inner = withOpacity(border, 0.5);
   painter.save();
-  painter.setRenderHint(QPainter::Antialiasing, false);
   painter.setClipRect(QRectF(0, 0, width(), height()), Qt::IntersectClip);
-  for (std::size_t row = 0; row < rows().size(); ++row) {
-    const auto &place = rows()[row];
-    if (place.bottom() + lineWidth < painting.exposed.top()) {
-      continue;
-    }
-    if (place.top > painting.exposed.bottom()) {
-      break;
-    }
-    const QColor &color = row == 0 ? border : inner;
-    for (std::size_t column = 1; column < table().columnCount; ++column) {
-      const qreal left = isRightToLeft_ ? contentWidth_ - columnLeft(column) : columnLeft(column) - lineWidth;
-      painter.fillRect(QRectF(left - scrollOffset(), place.top, lineWidth, place.height), color);
-    }
-    if (row == 0 || row + 1 < rows().size()) {
-      painter.fillRect(QRectF(0, place.bottom(), width(), lineWidth), color);
+  {
+    const DevicePixels device(painter);
+    const int line = device.hairline();
+    for (std::size_t row = 0; row < rows().size(); ++row) {
+      const auto &place = rows()[row];
+      if (place.bottom() + lineWidth < painting.exposed.top()) {
+        continue;
+      }
+      if (place.top > painting.exposed.bottom()) {
+        break;
+      }
+      const QColor &color = row == 0 ? border : inner;
+      for (std::size_t column = 1; column < table().columnCount; ++column) {
+        const qreal left =
+            isRightToLeft_ ? contentWidth_ - columnLeft(column) : columnLeft(column) - lineWidth;
+        QRect vertical = device.rect(QRectF(left - scrollOffset(), place.top, lineWidth, place.height));
+        vertical.setWidth(line);
+        painter.fillRect(vertical, color);
+      }
+      if (row == 0 || row + 1 < rows().size()) {
+        QRect horizontal = device.rect(QRectF(0, place.bottom(), width(), lineWidth));
+        horizontal.setHeight(line);
+        painter.fillRect(horizontal, color);
+      }
     }
   }
   painter.restore();
-  painter.setPen(QPen(border, lineWidth));
+  painter.setPen(QPen(border, lineOnPixels(painter, lineWidth)));
   painter.setBrush(Qt::NoBrush);
-  painter.drawRoundedRect(QRectF(0, 0, width(), height()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
+  painter.drawRoundedRect(outlineOnPixels(painter, QRectF(0, 0, width(), height()), lineWidth), cornerRadius,
                           cornerRadius);
 }
 

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "ui/PixelGrid.h"
+
 #include <QPainter>
 #include <QRect>
 #include <QTransform>
-
-#include <algorithm>
-#include <cmath>
 
 namespace lumiwren {
 
@@ -29,8 +28,8 @@ public:
     const QPoint topLeft(qRound(exact.left()), qRound(exact.top()));
     return {topLeft, QSize(qRound(exact.right()) - topLeft.x(), qRound(exact.bottom()) - topLeft.y())};
   }
-  /// The whole number of pixels nearest to one point.
-  int hairline() const { return std::max(qRound(scale()), 1); }
+  /// A line of one point.
+  int hairline() const { return linePixels(1, scale()); }
 
 private:
   QPainter &painter_;
