@@ -131,6 +131,34 @@ TEST_F(ConversationViewTest, ANewAnswerIsFollowedWhereverTheLastOneWasLeft) {
   EXPECT_EQ(bar().value(), bar().maximum());
 }
 
+/// Counts how often a widget is drawn.
+class PaintCounter : public QObject {
+public:
+  explicit PaintCounter(QWidget &widget) { widget.installEventFilter(this); }
+  bool eventFilter(QObject * /*watched*/, QEvent *event) override {
+    count += event->type() == QEvent::Paint ? 1 : 0;
+    return false;
+  }
+  int count = 0;
+};
+
+TEST_F(ConversationViewTest, ManyChunksWithinAFrameAreDrawnOnce) {
+  show();
+  answer("a");
+  QCoreApplication::processEvents();
+  auto &view = *answers().at(0);
+  const PaintCounter painted(view);
+  for (int chunk = 0; chunk < 100; ++chunk) {
+    update(std::string(static_cast<std::size_t>(chunk) + 2, 'a'), true);
+    EXPECT_EQ(view.plainText(), QStringLiteral("a"));
+  }
+  while (view.plainText().size() == 1 || painted.count == 0) {
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  }
+  EXPECT_EQ(view.plainText().size(), 101);
+  EXPECT_EQ(painted.count, 1);
+}
+
 TEST_F(ConversationViewTest, TheSelectionInWhatIsThereSurvivesEveryChunk) {
   show();
   answer("The first line.\n\nThe sec");
