@@ -146,3 +146,17 @@ def test_its_version_and_its_options_are_told(desktop):
     status, output = run(desktop, "--help")
     assert status == 0
     assert "--set-api-key" in output
+
+
+def test_a_hundred_conversations_leave_nothing_behind(desktop, service, programs, editor):
+    # Checked at the end by the sanitizer; in slices it would not see what is lost.
+    lumiwren = programs.start(desktop, service, accessible=False, G_SLICE="always-malloc")
+    service.answer = lambda exchange: exchange.answer("# Answer\n\n- one\n", "- [two](https://example.org)\n",
+                                                      "```c\nint a;\n```\n| a | b |\n|---|---|\n| 1 | 2 |")
+    for number in range(1, 101):
+        lumiwren.press_hotkey()
+        lumiwren.panel.wait_shown()
+        assert service.wait_for_requests(number).answered.wait(10)
+        desktop.display.press("Escape")
+        lumiwren.panel.wait_gone()
+    assert lumiwren.terminate() == 0, lumiwren.process.output

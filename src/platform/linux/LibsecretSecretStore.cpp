@@ -25,9 +25,10 @@ struct GFree {
 };
 using GText = std::unique_ptr<gchar, GFree>;
 
-struct GErrorFree {
-  void operator()(GError *error) const { g_error_free(error); }
+struct GVariantUnref {
+  void operator()(GVariant *value) const { g_variant_unref(value); }
 };
+using GVariantRef = std::unique_ptr<GVariant, GVariantUnref>;
 
 struct HashTableUnref {
   void operator()(GHashTable *table) const { g_hash_table_unref(table); }
@@ -218,21 +219,31 @@ public:
 
   /// Outer: whether the service has answered; inner: whether there is such a secret.
   std::optional<std::optional<Secret>> secretOf(const std::string &path) {
+    // Not with the library's calls for paths (0.20.5): they lose the service's answer, and with it a copy of
+    // the secret.
+    const gchar *const paths[] = {path.c_str()};
     const auto result = wait_.result([&](auto callback, auto data) {
-      secret_service_get_secret_for_dbus_path(service(), path.c_str(), wait_.cancellable(), callback, data);
+      g_dbus_proxy_call(G_DBUS_PROXY(service()), "GetSecrets",
+                        g_variant_new("(@aoo)", g_variant_new_objv(paths, 1),
+                                      secret_service_get_session_dbus_path(service())),
+                        G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, wait_.cancellable(), callback, data);
     });
     if (!result) {
       return std::nullopt;
     }
-    GError *error = nullptr;
-    const SecretValueRef value(
-        secret_service_get_secret_for_dbus_path_finish(service(), result.get(), &error));
-    const std::unique_ptr<GError, GErrorFree> owned(error);
-    if (error != nullptr) {
+    const GVariantRef reply(g_dbus_proxy_call_finish(G_DBUS_PROXY(service()), result.get(), nullptr));
+    if (!reply || g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(a{o(oayays)})")) == FALSE) {
       return std::nullopt;
     }
-    if (!value) {
+    const GVariantRef secrets(g_variant_get_child_value(reply.get(), 0));
+    if (g_variant_n_children(secrets.get()) == 0) {
       return std::optional<Secret>();
+    }
+    const GVariantRef entry(g_variant_get_child_value(secrets.get(), 0));
+    const GVariantRef encoded(g_variant_get_child_value(entry.get(), 1));
+    const SecretValueRef value(secret_service_decode_dbus_secret(service(), encoded.get()));
+    if (!value) {
+      return std::nullopt;
     }
     gsize length = 0;
     const gchar *bytes = secret_value_get(value.get(), &length);
