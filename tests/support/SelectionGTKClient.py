@@ -5,7 +5,12 @@ show  prints each type with its form, size and digest
 """
 
 import hashlib
+import os
 import sys
+
+# Where there is no session bus the toolkit would start one, which stays.
+os.environ["DBUS_SESSION_BUS_ADDRESS"] = "disabled:"
+os.environ["NO_AT_BRIDGE"] = "1"
 
 import gi
 
