@@ -12,22 +12,25 @@ void AnswerAnnouncer::update(SelectableTextView *answer, bool isGrowing, const Q
     announced_ = 0;
   }
   if (answer_) {
-    const QString text = answer_->plainText();
     // What was announced may have become shorter: markup is text until its other half has come.
-    announced_ = std::min(announced_, static_cast<int>(text.size()));
-    const QString rest = text.mid(announced_);
+    announced_ = std::min(announced_, answer_->length());
+    const QString rest = answer_->plainTextFrom(announced_);
     const int end = isGrowing ? endOfSentences(rest) : static_cast<int>(rest.size());
     if (end > 0) {
       announced_ += end;
       answer_->tellAssistiveTechnology(announced_);
-      speak_(rest.left(end).trimmed());
+      say(rest.left(end).trimmed());
     }
   }
   if (error != error_) {
     error_ = error;
-    if (!error_.isEmpty()) {
-      speak_(error_);
-    }
+    say(error_);
+  }
+}
+
+void AnswerAnnouncer::say(const QString &text) const {
+  if (!text.isEmpty()) {
+    speak_(text);
   }
 }
 

@@ -26,6 +26,8 @@ public:
   static int endOfSentences(const QString &text);
 
 private:
+  void say(const QString &text) const;
+
   const Speak speak_;
   QPointer<SelectableTextView> answer_;
   int announced_ = 0;  // in the answer's plain text

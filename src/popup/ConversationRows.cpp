@@ -41,17 +41,12 @@ bool UserBubble::setText(const QString &text) {
   return changed;
 }
 
-QRect UserBubble::bubble(int width) const {
+int UserBubble::heightForWidth(int width) const {
   const int bubbleWidth = std::min(width, text_->idealWidth() + 2 * bubbleHorizontalPadding);
   const int textHeight = text_->layOut(bubbleWidth - 2 * bubbleHorizontalPadding);
-  return {width - bubbleWidth, 0, bubbleWidth, textHeight + 2 * bubbleVerticalPadding};
-}
-
-int UserBubble::heightForWidth(int width) const {
-  const QRect outline = bubble(width);
-  text_->setGeometry(outline.adjusted(bubbleHorizontalPadding, bubbleVerticalPadding,
-                                      -bubbleHorizontalPadding, -bubbleVerticalPadding));
-  return outline.height();
+  text_->setGeometry(width - bubbleWidth + bubbleHorizontalPadding, bubbleVerticalPadding,
+                     bubbleWidth - 2 * bubbleHorizontalPadding, textHeight);
+  return textHeight + 2 * bubbleVerticalPadding;
 }
 
 void UserBubble::paintEvent(QPaintEvent * /*event*/) {
@@ -59,7 +54,9 @@ void UserBubble::paintEvent(QPaintEvent * /*event*/) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
   painter.setBrush(lumiwrenPurple(0.2));
-  painter.drawRoundedRect(bubble(width()), bubbleRadius, bubbleRadius);
+  painter.drawRoundedRect(text_->geometry().adjusted(-bubbleHorizontalPadding, -bubbleVerticalPadding,
+                                                     bubbleHorizontalPadding, bubbleVerticalPadding),
+                          bubbleRadius, bubbleRadius);
 }
 
 ErrorRow::ErrorRow(QWidget *parent) : QWidget(parent), text_(new PlainTextView(fontSize, this)) {

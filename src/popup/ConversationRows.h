@@ -28,8 +28,6 @@ protected:
   void paintEvent(QPaintEvent *event) override;
 
 private:
-  QRect bubble(int width) const;
-
   PlainTextView *text_;
 };
 

@@ -77,15 +77,16 @@ void ConversationView::setState(const PopupState &state) {
   const bool lastChanged = setMessages(messages);
   loadingRow_->setVisible(messages.empty() && state.isLoading());
   const bool showsError = state.error() && !loadingRow_->isVisibleTo(content_);
+  const QString error = showsError ? QString::fromStdString(*state.error()) : QString();
   if (showsError) {
-    errorRow_->setText(QString::fromStdString(*state.error()));
+    errorRow_->setText(error);
     errorRow_->setVerticalPadding(errorPadding, messages.empty() ? errorPadding : 0);
   }
   errorRow_->setVisible(showsError);
   arrange();
   if (QAccessible::isActive()) {
     announcer_.update(messages.empty() || messages.back().isUser() ? nullptr : rows_.back().text,
-                      state.isLoading(), showsError ? QString::fromStdString(*state.error()) : QString());
+                      state.isLoading(), error);
   }
   if (!isNew_ && (lastChanged || state.isLoading() != wasLoading_)) {
     scheduleScrolling();

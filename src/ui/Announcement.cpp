@@ -12,9 +12,6 @@
 namespace lumiwren {
 
 void announce(QWidget &source, const QString &text) {
-  if (text.isEmpty() || !QAccessible::isActive()) {
-    return;
-  }
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
   QAccessibleAnnouncementEvent event(&source, text);
   QAccessible::updateAccessibility(&event);

@@ -5,8 +5,8 @@
 
 namespace lumiwren {
 
-/// Has a screen reader say a text when it has said what it is saying now. Nothing happens when no assistive
-/// technology runs, or when the text is empty.
+/// Has a screen reader say a text when it has said what it is saying now. For callers that have seen that
+/// assistive technology runs (QAccessible::isActive()).
 void announce(QWidget &source, const QString &text);
 
 }  // namespace lumiwren

@@ -24,19 +24,19 @@ void BlockView::rowsChanged(std::size_t first) {
 }
 
 bool BlockView::layOut(qreal width, const SemanticColors &colors, std::size_t &budget) {
-  std::size_t count = rowCount();
   if (width_ != width) {
     width_ = width;
     rowsChanged(0);
   }
   changedFrom_ = height_;
-  if (firstChanged_ >= count && rows_.size() == count) {
+  if (firstChanged_ == none) {
     return true;
   }
-  const std::size_t first = std::min({prepareRows(firstChanged_, colors), firstChanged_, rows_.size()});
+  const std::size_t first = std::min(prepareRows(firstChanged_), rows_.size());
   rowsChanged(first);
-  rows_.resize(count);
-  for (std::size_t index = first; index < count; ++index) {
+  rows_.resize(rowCount());
+  firstChanged_ = none;
+  for (std::size_t index = first; index < rows_.size(); ++index) {
     auto &row = rows_[index];
     row.top = (index > 0 ? rows_[index - 1].bottom() : 0) + gapAbove(index);
     row.start = index > 0 ? rows_[index - 1].start + rows_[index - 1].length + 1 : 0;
@@ -48,16 +48,13 @@ bool BlockView::layOut(qreal width, const SemanticColors &colors, std::size_t &b
       textsOf(index, colors);
     } else {
       rows_.resize(index);
-      break;
+      firstChanged_ = index;
     }
   }
-  const bool isComplete = rows_.size() == count;
-  count = rows_.size();
-  firstChanged_ = count;
   changedFrom_ = first > 0 ? rows_[first - 1].bottom() : 0;
   height_ = std::ceil(rows_.empty() ? 0 : rows_.back().bottom() + bottomPadding());
   setScrollOffset(scrollOffset_);
-  return isComplete;
+  return firstChanged_ == none;
 }
 
 std::vector<TextFragment> &BlockView::textsOf(std::size_t index, const SemanticColors &colors) {

@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -85,15 +86,19 @@ protected:
   virtual QRectF scrollPort() const { return {0, 0, width_, height_}; }
   /// The width of all that can be seen by scrolling.
   virtual qreal contentWidth() const { return width_; }
+  /// The row at a height, or the one nearest to it, of those that there are.
+  std::size_t rowAt(qreal y) const;
 
 private:
+  /// After prepareRows().
   virtual std::size_t rowCount() const = 0;
   /// What stands between a row and what is above it.
   virtual qreal gapAbove(std::size_t /*row*/) const { return 0; }
   /// Below the last row.
   virtual qreal bottomPadding() const { return 0; }
-  /// Prepares for the rows from `first` on to be laid out. May call for all of them by returning 0.
-  virtual std::size_t prepareRows(std::size_t first, const SemanticColors & /*colors*/) { return first; }
+  /// Prepares for the rows from `first` on to be counted and laid out. May call for all of them by returning
+  /// 0.
+  virtual std::size_t prepareRows(std::size_t first) { return first; }
   /// The extent of a row, where it can be told without laying it out.
   virtual std::optional<RowExtent> knownExtent(std::size_t /*row*/) const { return std::nullopt; }
   /// The row's plain text: what fill() makes, with one character between texts.
@@ -110,13 +115,13 @@ private:
 
   std::vector<TextFragment> &textsOf(std::size_t row, const SemanticColors &colors);
   void noteLayout(std::size_t row);
-  std::size_t rowAt(qreal y) const;
   QPointF origin(std::size_t row) const;
 
   std::vector<Row> rows_;
   Recent recent_{128};  // rows that have texts
   bool isLetGo_ = true;
-  std::size_t firstChanged_ = 0;
+  static constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+  std::size_t firstChanged_ = 0;  // row that is to be laid out
   qreal width_ = -1;
   qreal height_ = 0;
   qreal changedFrom_ = 0;

@@ -22,8 +22,6 @@ bool isLabelled(const MarkdownCodeBlock &code) {
 
 }  // namespace
 
-CodeBlockView::CodeBlockView(const MarkdownBlock &block) : MarkdownBlockView(block) {}
-
 bool CodeBlockView::hasLabel() const {
   return isLabelled(code());
 }
@@ -45,11 +43,10 @@ std::size_t CodeBlockView::firstDifference(const MarkdownBlock &next) const {
 }
 
 std::size_t CodeBlockView::rowCount() const {
-  return static_cast<std::size_t>(std::count(code().code.begin(), code().code.end(), '\n')) + 1 +
-         (hasLabel() ? 1 : 0);
+  return lines_.size() + (hasLabel() ? 1 : 0);
 }
 
-std::size_t CodeBlockView::prepareRows(std::size_t first, const SemanticColors & /*colors*/) {
+std::size_t CodeBlockView::prepareRows(std::size_t first) {
   const std::size_t labels = hasLabel() ? 1 : 0;
   lines_.resize(std::min(lines_.size(), first > labels ? first - labels : 0));
   const auto text = code().code;

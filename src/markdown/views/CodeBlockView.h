@@ -10,7 +10,7 @@ namespace lumiwren {
 /// Code as it stands, line by line, on a rounded background; lines that are too long are scrolled to.
 class CodeBlockView : public MarkdownBlockView {
 public:
-  explicit CodeBlockView(const MarkdownBlock &block);
+  explicit CodeBlockView(const MarkdownBlock &block) : MarkdownBlockView(block) {}
 
 private:
   std::size_t firstDifference(const MarkdownBlock &next) const override;
@@ -19,7 +19,7 @@ private:
   qreal bottomPadding() const override;
   QRectF scrollPort() const override;
   qreal contentWidth() const override;
-  std::size_t prepareRows(std::size_t first, const SemanticColors &colors) override;
+  std::size_t prepareRows(std::size_t first) override;
   std::optional<RowExtent> knownExtent(std::size_t row) const override;
   QString rowText(std::size_t row) const override;
   void fill(std::size_t row, std::vector<TextFragment> &texts, const SemanticColors &colors) const override;

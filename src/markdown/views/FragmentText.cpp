@@ -99,12 +99,10 @@ int FragmentText::commonStart(const FragmentText &other) const {
   if (font != other.font) {
     return 0;
   }
-  const auto text_ = QStringView(text);
-  const auto otherText = QStringView(other.text);
-  auto common = otherText.startsWith(text_)
-                    ? text_.size()
-                    : std::mismatch(text_.begin(), text_.end(), otherText.begin(), otherText.end()).first -
-                          text_.begin();
+  auto common = other.text.startsWith(text)
+                    ? text.size()
+                    : std::mismatch(text.begin(), text.end(), other.text.begin(), other.text.end()).first -
+                          text.begin();
   const auto [mine, theirs] =
       std::mismatch(formats.begin(), formats.end(), other.formats.begin(), other.formats.end());
   if (mine != formats.end()) {

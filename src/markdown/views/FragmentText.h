@@ -29,7 +29,7 @@ struct FragmentText {
 
   QString text;
   QFont font;
-  QList<QTextLayout::FormatRange> formats = {};  // in order
+  QList<QTextLayout::FormatRange> formats = {};  // in order, none over another
   std::vector<Link> links = {};
 
   static FragmentText plain(std::string_view text, const QFont &font);

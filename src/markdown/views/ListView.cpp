@@ -26,7 +26,7 @@ qreal ListView::gapAbove(std::size_t row) const {
   return row > 0 ? itemSpacing : 0;
 }
 
-std::size_t ListView::prepareRows(std::size_t first, const SemanticColors & /*colors*/) {
+std::size_t ListView::prepareRows(std::size_t first) {
   if (first > 0) {
     return first;
   }

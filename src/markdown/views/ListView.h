@@ -24,7 +24,7 @@ private:
   std::size_t firstDifference(const MarkdownBlock &next) const override;
   std::size_t rowCount() const override { return items(block()).size(); }
   qreal gapAbove(std::size_t row) const override;
-  std::size_t prepareRows(std::size_t first, const SemanticColors &colors) override;
+  std::size_t prepareRows(std::size_t first) override;
   QString rowText(std::size_t row) const override;
   void fill(std::size_t row, std::vector<TextFragment> &texts, const SemanticColors &colors) const override;
   qreal arrange(std::size_t row, std::vector<TextFragment> &texts) const override;

@@ -5,36 +5,35 @@
 #include "markdown/views/TableGridView.h"
 #include "markdown/views/TextBlockView.h"
 
+#include <type_traits>
+
 namespace lumiwren {
 namespace {
 
-struct Maker {
-  const MarkdownBlock &block;
-
-  std::unique_ptr<MarkdownBlockView> operator()(const MarkdownHeading &) const {
-    return std::make_unique<TextBlockView>(block);
-  }
-  std::unique_ptr<MarkdownBlockView> operator()(const MarkdownParagraph &) const {
-    return std::make_unique<TextBlockView>(block);
-  }
-  std::unique_ptr<MarkdownBlockView> operator()(const MarkdownCodeBlock &) const {
-    return std::make_unique<CodeBlockView>(block);
-  }
-  std::unique_ptr<MarkdownBlockView> operator()(const MarkdownBulletList &) const {
-    return std::make_unique<BulletListView>(block);
-  }
-  std::unique_ptr<MarkdownBlockView> operator()(const MarkdownNumberedList &) const {
-    return std::make_unique<NumberedListView>(block);
-  }
-  std::unique_ptr<MarkdownBlockView> operator()(const MarkdownTable &) const {
-    return std::make_unique<TableGridView>(block);
-  }
-};
+/// Which view shows a kind of block.
+template <typename Kind>
+struct ViewOf;
+template <>
+struct ViewOf<MarkdownHeading> : std::type_identity<TextBlockView> {};
+template <>
+struct ViewOf<MarkdownParagraph> : std::type_identity<TextBlockView> {};
+template <>
+struct ViewOf<MarkdownCodeBlock> : std::type_identity<CodeBlockView> {};
+template <>
+struct ViewOf<MarkdownBulletList> : std::type_identity<BulletListView> {};
+template <>
+struct ViewOf<MarkdownNumberedList> : std::type_identity<NumberedListView> {};
+template <>
+struct ViewOf<MarkdownTable> : std::type_identity<TableGridView> {};
 
 }  // namespace
 
 std::unique_ptr<MarkdownBlockView> MarkdownBlockView::make(const MarkdownBlock &block) {
-  return std::visit(Maker{block}, block);
+  return std::visit(
+      [&block]<typename Kind>(const Kind &) -> std::unique_ptr<MarkdownBlockView> {
+        return std::make_unique<typename ViewOf<Kind>::type>(block);
+      },
+      block);
 }
 
 bool MarkdownBlockView::show(const MarkdownBlock &block) {

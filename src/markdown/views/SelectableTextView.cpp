@@ -31,6 +31,13 @@ constexpr qreal blockSpacing = 8;
 constexpr std::size_t rowsAtOnce = 300;  // laid out in 10 to 20 ms
 constexpr qreal thumbReach = 4;          // how far from a handle a press still takes it
 
+/// The index of the last of ascending values that is not beyond `value`; the first one's where there is none.
+template <typename Value>
+std::size_t lastNotAfter(const std::vector<Value> &values, Value value) {
+  const auto after = std::upper_bound(values.begin(), values.end(), value);
+  return static_cast<std::size_t>(std::max<std::ptrdiff_t>(after - values.begin() - 1, 0));
+}
+
 }  // namespace
 
 SelectableTextView::SelectableTextView(QWidget *parent) : QWidget(parent), colors_(palette()) {
@@ -106,15 +113,19 @@ int SelectableTextView::heightForWidth(int width) const {
   return const_cast<SelectableTextView *>(this)->layOut(width);
 }
 
-QString SelectableTextView::plainText() const {
+QString SelectableTextView::plainTextFrom(int position) const {
   QString text;
-  for (std::size_t index = 0; index < tops_.size(); ++index) {
-    if (index > 0) {
+  if (starts_.empty()) {
+    return text;
+  }
+  const auto first = blockOf(position);
+  for (std::size_t index = first; index < tops_.size(); ++index) {
+    if (index > first) {
       text += QLatin1Char('\n');
     }
     text += views_[index]->plainText();
   }
-  return text;
+  return text.mid(position - starts_[first]);
 }
 
 int SelectableTextView::length() const {
@@ -162,8 +173,11 @@ std::optional<std::size_t> SelectableTextView::blockAt(qreal y) const {
   if (tops_.empty()) {
     return std::nullopt;
   }
-  const auto after = std::upper_bound(tops_.begin(), tops_.end(), y);
-  return static_cast<std::size_t>(std::max<std::ptrdiff_t>(after - tops_.begin() - 1, 0));
+  return lastNotAfter(tops_, y);
+}
+
+std::size_t SelectableTextView::blockOf(int position) const {
+  return lastNotAfter(starts_, position);
 }
 
 int SelectableTextView::positionAt(QPoint point) const {
@@ -177,8 +191,7 @@ QRect SelectableTextView::characterRect(int position) const {
   if (starts_.empty()) {
     return {};
   }
-  const auto after = std::upper_bound(starts_.begin(), starts_.end(), position);
-  const auto index = static_cast<std::size_t>(std::max<std::ptrdiff_t>(after - starts_.begin() - 1, 0));
+  const auto index = blockOf(position);
   return views_[index]
       ->characterRect(position - starts_[index], colors_)
       .translated(0, tops_[index])

@@ -26,7 +26,9 @@ public:
   ~SelectableTextView() override;
 
   /// What is shown, without markup: the blocks on lines of their own, cells separated by tabs.
-  QString plainText() const;
+  QString plainText() const { return plainTextFrom(0); }
+  /// The same from a position on; costs no more than that part.
+  QString plainTextFrom(int position) const;
   /// Of plainText(), in UTF-16 units, as all positions.
   int length() const;
   /// Whether all of the text is there; else the rest follows, with a grown() for each part.
@@ -92,6 +94,7 @@ private:
   };
 
   std::optional<std::size_t> blockAt(qreal y) const;
+  std::size_t blockOf(int position) const;
   const FragmentText::Link *linkAt(QPoint point) const;
   std::optional<std::size_t> thumbAt(QPoint point) const;
   void selectLineAt(int position);

@@ -34,8 +34,6 @@ qreal paddingOf(std::size_t row) {
 
 }  // namespace
 
-TableGridView::TableGridView(const MarkdownBlock &block) : MarkdownBlockView(block) {}
-
 std::size_t TableGridView::firstDifference(const MarkdownBlock &next) const {
   const auto &theirs = std::get<MarkdownTable>(next);
   if (theirs.columnCount != table().columnCount || theirs.headers != table().headers) {
@@ -70,7 +68,7 @@ qreal TableGridView::widestWord(std::size_t row) const {
   return widest;
 }
 
-std::size_t TableGridView::prepareRows(std::size_t first, const SemanticColors & /*colors*/) {
+std::size_t TableGridView::prepareRows(std::size_t first) {
   const qreal before = contentWidth_;
   widestWords_.resize(std::min(widestWords_.size(), first));
   while (widestWords_.size() < std::min(rowCount(), measuredRows)) {
@@ -170,14 +168,9 @@ void TableGridView::paintAbove(const FragmentPainting &painting) const {
   {
     const DevicePixels device(painter);
     const int line = device.hairline();
-    for (std::size_t row = 0; row < rows().size(); ++row) {
+    for (std::size_t row = rowAt(painting.exposed.top() - lineWidth);
+         row < rows().size() && rows()[row].top <= painting.exposed.bottom(); ++row) {
       const auto &place = rows()[row];
-      if (place.bottom() + lineWidth < painting.exposed.top()) {
-        continue;
-      }
-      if (place.top > painting.exposed.bottom()) {
-        break;
-      }
       const QColor &color = row == 0 ? border : inner;
       for (std::size_t column = 1; column < table().columnCount; ++column) {
         const qreal left =

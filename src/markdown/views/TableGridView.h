@@ -11,7 +11,7 @@ namespace lumiwren {
 /// columns stay as wide as the words need, and the table scrolls sideways inside its frame.
 class TableGridView : public MarkdownBlockView {
 public:
-  explicit TableGridView(const MarkdownBlock &block);
+  explicit TableGridView(const MarkdownBlock &block) : MarkdownBlockView(block) {}
 
 private:
   std::size_t firstDifference(const MarkdownBlock &next) const override;
@@ -20,7 +20,7 @@ private:
   qreal bottomPadding() const override;
   QRectF scrollPort() const override;
   qreal contentWidth() const override { return contentWidth_; }
-  std::size_t prepareRows(std::size_t first, const SemanticColors &colors) override;
+  std::size_t prepareRows(std::size_t first) override;
   std::optional<RowExtent> knownExtent(std::size_t row) const override;
   QString rowText(std::size_t row) const override;
   void fill(std::size_t row, std::vector<TextFragment> &texts, const SemanticColors &colors) const override;

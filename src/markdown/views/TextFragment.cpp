@@ -70,20 +70,18 @@ std::unique_ptr<QTextLayout> TextFragment::makeLayout(int start, int end) const 
   option.setTextDirection(isRightToLeft_ ? Qt::RightToLeft : Qt::LeftToRight);
   auto layout = std::make_unique<QTextLayout>(text_.text.mid(start, end - start), text_.font);
   QList<QTextLayout::FormatRange> formats;
-  for (auto format : text_.formats) {
-    if (format.start < end && format.start + format.length > start) {
-      format.start -= start;
-      formats.push_back(format);
-    }
+  auto format = std::partition_point(text_.formats.begin(), text_.formats.end(),
+                                     [start](const auto &each) { return each.start + each.length <= start; });
+  for (; format != text_.formats.end() && format->start < end; ++format) {
+    formats.push_back({format->start - start, format->length, format->format});
   }
-  const QString shown = layout->text();
-  const auto emoji = emojiRanges(shown);
+  const auto emoji = emojiRanges(layout->text());
   if (!emoji.empty() && !emojiFontFamily().isEmpty()) {
     // Else one emoji may come from several fonts, in parts.
-    QTextCharFormat format;
-    format.setFontFamilies({emojiFontFamily()});
+    QTextCharFormat emojiFormat;
+    emojiFormat.setFontFamilies({emojiFontFamily()});
     for (const auto &range : emoji) {
-      formats.push_back({range.start, range.length, format});
+      formats.push_back({range.start, range.length, emojiFormat});
     }
   }
   layout->setFormats(formats);
@@ -140,11 +138,7 @@ void TextFragment::addPiece(int start) {
     piece.layout = std::move(layout);
     pieces_.push_back(std::move(piece));
     if (pieces_.back().layout) {
-      recent_.add(pieces_.size() - 1, [this](std::size_t old) {
-        if (old < pieces_.size()) {
-          pieces_[old].layout.reset();
-        }
-      });
+      keepRecent(pieces_.size() - 1);
     }
     return;
   }
@@ -174,15 +168,19 @@ qreal TextFragment::layOut(qreal width) {
   return height_;
 }
 
+void TextFragment::keepRecent(std::size_t index) {
+  recent_.add(index, [this](std::size_t old) {
+    if (old < pieces_.size()) {
+      pieces_[old].layout.reset();
+    }
+  });
+}
+
 QTextLayout &TextFragment::layoutOf(std::size_t index) {
   auto &piece = pieces_[index];
   if (!piece.layout) {
     piece.layout = makeLayout(piece.start, piece.end);
-    recent_.add(index, [this](std::size_t old) {
-      if (old < pieces_.size()) {
-        pieces_[old].layout.reset();
-      }
-    });
+    keepRecent(index);
   }
   return *piece.layout;
 }

@@ -44,8 +44,6 @@ public:
   void setText(FragmentText text);
   const QString &text() const { return text_.text; }
   int length() const { return static_cast<int>(text_.text.size()); }
-  /// Right to left when the first letter that has a direction says so.
-  bool isRightToLeft() const { return isRightToLeft_; }
 
   /// Lays out what is not laid out for `width` yet; returns the height, which is whole.
   qreal layOut(qreal width);
@@ -78,13 +76,15 @@ private:
 
   std::unique_ptr<QTextLayout> makeLayout(int start, int end) const;
   void addPiece(int start);
+  /// Of the pieces only those that were looked at last keep their layout.
+  void keepRecent(std::size_t index);
   QTextLayout &layoutOf(std::size_t index);
   std::size_t pieceAt(QPointF point) const;
   std::size_t pieceOf(int position) const;
 
   Wrapping wrapping_;
   FragmentText text_;
-  bool isRightToLeft_ = false;
+  bool isRightToLeft_ = false;  // as the first letter says that has a direction
   std::vector<Piece> pieces_;
   Recent recent_{8};  // pieces that have a layout
   QPointF position_;
