@@ -32,9 +32,10 @@ struct WindowForm {
     friend bool operator==(const Shadow &, const Shadow &) = default;
   };
 
-  std::vector<WindowPart> visible;  // the rest is cut off; all of the window when empty
-  std::vector<WindowPart>
-      clickable;  // clicks on the rest go to what lies below; all that is visible when empty
+  /// The rest is cut off; all of the window when empty.
+  std::vector<WindowPart> visible;
+  /// Clicks on the rest go to what lies below; all that is visible when empty.
+  std::vector<WindowPart> clickable;
   Shadow shadow;
   friend bool operator==(const WindowForm &, const WindowForm &) = default;
 };

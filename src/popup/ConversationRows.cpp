@@ -84,9 +84,9 @@ void ErrorRow::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
   const int symbolSize = scaledSize(errorSymbolSize);
   // In the middle of the text's first line.
-  const int offset = std::max(0, (text_->characterRect(0).height() - symbolSize) / 2);
-  drawSymbol(painter, QStringLiteral("exclamationmark.triangle.fill"),
-             QRectF(0, top_ + offset, symbolSize, symbolSize), SemanticColors(palette()).orange);
+  const double middle = top_ + std::max(symbolSize, text_->characterRect(0).height()) / 2.0;
+  drawSymbol(painter, QStringLiteral("exclamationmark.triangle.fill"), QPointF(symbolSize / 2.0, middle),
+             symbolSize, SemanticColors(palette()).orange);
 }
 
 LoadingRow::LoadingRow(QWidget *parent) : QWidget(parent), label_(new QLabel(this)) {

@@ -3,8 +3,8 @@
 #include "base/Memory.h"
 #include "markdown/views/MarkdownTextView.h"
 #include "ui/Announcement.h"
+#include "ui/FocusRing.h"
 #include "ui/Motion.h"
-#include "ui/Palette.h"
 #include "ui/ThinScrollBar.h"
 
 #include <QAccessible>
@@ -27,7 +27,6 @@ constexpr std::chrono::milliseconds scrollDelay{100};
 constexpr int scrollDuration = 250;  // ms
 constexpr std::chrono::milliseconds dragScrollInterval{30};
 constexpr int largeText = 100'000;  // in UTF-16 units
-constexpr double focusRingWidth = 1.5;
 
 }  // namespace
 
@@ -225,11 +224,10 @@ void ConversationView::focusOutEvent(QFocusEvent *event) {
 }
 
 void ConversationView::paintEvent(QPaintEvent * /*event*/) {
-  if (hasFocus() && window()->isActiveWindow()) {
+  if (showsFocus(*this)) {
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(SemanticColors(palette()).accent, focusRingWidth));
-    painter.drawRoundedRect(QRectF(viewport()->rect()).adjusted(3, 3, -3, -3), 5, 5);
+    drawFocusRing(painter, *this, viewport()->rect().adjusted(2, 2, -2, -2));
   }
 }
 

@@ -1,13 +1,12 @@
 #include "popup/FollowUpFieldFrame.h"
 
 #include "popup/ActivatingTextField.h"
-#include "ui/DevicePixels.h"
 #include "ui/Palette.h"
+#include "ui/PixelGrid.h"
 
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 
 namespace lumiwren {
 namespace {
@@ -31,10 +30,9 @@ FollowUpFieldFrame::FollowUpFieldFrame(ActivatingTextField *field, QWidget *pare
 void FollowUpFieldFrame::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  const DevicePixels device(painter);
-  QPainterPath shape;
-  shape.addRoundedRect(device.rect(rect()), cornerRadius * device.scale(), cornerRadius * device.scale());
-  painter.fillPath(shape, SemanticColors(palette()).textBackground);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(SemanticColors(palette()).textBackground);
+  painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
 }
 
 void FollowUpFieldFrame::mousePressEvent(QMouseEvent *event) {

@@ -1,5 +1,6 @@
 #include "ui/BorderedButton.h"
 
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Motion.h"
 #include "ui/Palette.h"
@@ -21,7 +22,6 @@ constexpr int spacing = 4;
 constexpr int horizontalPadding = 9;
 constexpr int buttonHeight = 24;
 constexpr qreal cornerRadius = 6;
-constexpr qreal focusRingWidth = 2;
 constexpr int fadeDuration = 200;  // ms
 
 }  // namespace
@@ -87,22 +87,18 @@ void BorderedButton::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const SemanticColors colors(palette());
-  const bool isFocused = hasFocus() && window()->isActiveWindow();
+  const bool isFocused = showsFocus(*this);
   const qreal lineWidth = isFocused ? focusRingWidth : 1;
-  const QRectF outline = outlineOnPixels(painter, rect(), lineWidth);
-  const qreal radius = cornerRadius - lineWidth / 2;
   painter.setPen(Qt::NoPen);
   painter.setBrush(isDown()       ? withOpacity(colors.primary, 0.16)
                    : underMouse() ? withOpacity(colors.primary, 0.09)
                                   : withOpacity(colors.primary, 0.04));
   painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
-  const QColor outlineColor = isFocused ? colors.accent : withOpacity(colors.primary, 0.2);
-  painter.setPen(QPen(outlineColor, lineOnPixels(painter, lineWidth)));
-  painter.setBrush(Qt::NoBrush);
-  painter.drawRoundedRect(outline, radius, radius);
+  strokeInside(painter, rect(), lineWidth, cornerRadius - lineWidth / 2,
+               isFocused ? colors.accent : withOpacity(colors.primary, 0.2));
   if (fading_.state() == QAbstractAnimation::Running) {
     const double part = fading_.currentValue().toDouble();
-    painter.setClipRect(outline);
+    painter.setClipRect(rect().adjusted(1, 1, -1, -1));
     drawLabel(painter, oldSymbolName_, oldText_, withOpacity(colors.primary, 1 - part));
     drawLabel(painter, symbolName_, text(), withOpacity(colors.primary, part));
   } else {
@@ -113,8 +109,7 @@ void BorderedButton::paintEvent(QPaintEvent * /*event*/) {
 void BorderedButton::drawLabel(QPainter &painter, const QString &symbolName, const QString &text,
                                const QColor &color) const {
   const int size = scaledSize(symbolSize);
-  const QRectF square(horizontalPadding, (height() - size) / 2.0, size, size);
-  drawSymbol(painter, symbolName, square, color);
+  drawSymbol(painter, symbolName, QPointF(horizontalPadding + size / 2.0, height() / 2.0), size, color);
   painter.setPen(color);
   painter.drawText(rect().adjusted(horizontalPadding + size + scaledSize(spacing), 0, 0, 0),
                    Qt::AlignLeft | Qt::AlignVCenter, text);

@@ -22,12 +22,9 @@ public:
 
   /// Pixels to a point.
   qreal scale() const { return toDevice_.m11(); }
+  QPointF point(const QPointF &points) const { return toDevice_.map(points); }
   /// The pixels nearest to a rectangle that was given in points.
-  QRect rect(const QRectF &points) const {
-    const QRectF exact = toDevice_.mapRect(points);
-    const QPoint topLeft(qRound(exact.left()), qRound(exact.top()));
-    return {topLeft, QSize(qRound(exact.right()) - topLeft.x(), qRound(exact.bottom()) - topLeft.y())};
-  }
+  QRect rect(const QRectF &points) const { return pixelsOf(toDevice_, points); }
   /// A line of one point.
   int hairline() const { return linePixels(1, scale()); }
 

@@ -1,7 +1,5 @@
 #include "ui/PixelGrid.h"
 
-#include <QTransform>
-
 #include <algorithm>
 #include <cmath>
 
@@ -12,22 +10,25 @@ int linePixels(qreal width, qreal scale) {
   return std::max(1, static_cast<int>(std::ceil(width * scale - 0.5)));
 }
 
-qreal lineOnPixels(const QPainter &painter, qreal width) {
-  const qreal scale = painter.deviceTransform().m11();
-  return linePixels(width, scale) / scale;
+QRect pixelsOf(const QTransform &toDevice, const QRectF &rect) {
+  const QRectF exact = toDevice.mapRect(rect);
+  const QPoint topLeft(qRound(exact.left()), qRound(exact.top()));
+  return {topLeft, QSize(qRound(exact.right()) - topLeft.x(), qRound(exact.bottom()) - topLeft.y())};
 }
 
 QRectF rectOnPixels(const QPainter &painter, const QRectF &rect) {
   const QTransform toDevice = painter.deviceTransform();
-  const QRectF device = toDevice.mapRect(rect);
-  return toDevice.inverted().mapRect(
-      QRectF(QPointF(std::round(device.left()), std::round(device.top())),
-             QPointF(std::round(device.right()), std::round(device.bottom()))));
+  return toDevice.inverted().mapRect(QRectF(pixelsOf(toDevice, rect)));
 }
 
-QRectF outlineOnPixels(const QPainter &painter, const QRectF &rect, qreal width) {
-  const qreal inset = lineOnPixels(painter, width) / 2;
-  return rectOnPixels(painter, rect).adjusted(inset, inset, -inset, -inset);
+void strokeInside(QPainter &painter, const QRectF &rect, qreal width, qreal cornerRadius,
+                  const QColor &color) {
+  const qreal scale = painter.deviceTransform().m11();
+  const qreal line = linePixels(width, scale) / scale;
+  painter.setPen(QPen(color, line));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRoundedRect(rectOnPixels(painter, rect).adjusted(line / 2, line / 2, -line / 2, -line / 2),
+                          cornerRadius, cornerRadius);
 }
 
 }  // namespace lumiwren

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QColor>
 #include <QPainter>
+#include <QRect>
 #include <QRectF>
+#include <QTransform>
 
 namespace lumiwren {
 
@@ -10,12 +13,12 @@ namespace lumiwren {
 
 /// The whole number of pixels that is nearest to the width of a line in points, at least one.
 int linePixels(qreal width, qreal scale);
-/// The whole number of pixels that is nearest to a line's width, at least one; in the painter's units.
-qreal lineOnPixels(const QPainter &painter, qreal width);
+/// The pixels nearest to a rectangle in the painter's units.
+QRect pixelsOf(const QTransform &toDevice, const QRectF &rect);
 /// The rectangle with each edge moved to the nearest edge of a pixel.
 QRectF rectOnPixels(const QPainter &painter, const QRectF &rect);
-/// The middle of a line that runs along the inside of `rect`, to be drawn with a pen of the width
-/// lineOnPixels(painter, width).
-QRectF outlineOnPixels(const QPainter &painter, const QRectF &rect, qreal width);
+/// Draws a line along the inside of a rectangle with round corners; the radius is that of the line's middle.
+void strokeInside(QPainter &painter, const QRectF &rect, qreal width, qreal cornerRadius,
+                  const QColor &color);
 
 }  // namespace lumiwren

@@ -1,5 +1,6 @@
 #include "ui/SymbolButton.h"
 
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/PixelGrid.h"
 #include "ui/Symbols.h"
@@ -16,8 +17,6 @@ namespace {
 constexpr int margin = 2;
 constexpr double pressedOpacity = 0.6;
 constexpr double hoverOpacity = 0.1;
-constexpr qreal focusRingWidth = 2;
-constexpr qreal focusRingRadius = 5;
 
 }  // namespace
 
@@ -53,16 +52,12 @@ void SymbolButton::paintEvent(QPaintEvent * /*event*/) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(withOpacity(colors.primary, hoverOpacity));
     painter.drawEllipse(rectOnPixels(painter, disc));
-    painter.setBrush(Qt::NoBrush);
   }
-  const qreal size = scaledSize(size_);
-  QRectF square(0, 0, size, size);
-  square.moveCenter(area.center());
   const QColor color = color_(colors);
-  drawSymbol(painter, symbolName_, square, isDown() ? withOpacity(color, pressedOpacity) : color);
-  if (hasFocus() && window()->isActiveWindow()) {
-    painter.setPen(QPen(colors.accent, lineOnPixels(painter, focusRingWidth)));
-    painter.drawRoundedRect(outlineOnPixels(painter, area, focusRingWidth), focusRingRadius, focusRingRadius);
+  drawSymbol(painter, symbolName_, area.center(), scaledSize(size_),
+             isDown() ? withOpacity(color, pressedOpacity) : color);
+  if (showsFocus(*this)) {
+    drawFocusRing(painter, *this, area);
   }
 }
 

@@ -1,8 +1,9 @@
 #include "ui/Symbols.h"
 
+#include "ui/DevicePixels.h"
+
 #include <QPixmapCache>
 #include <QSvgRenderer>
-#include <QTransform>
 
 #include <algorithm>
 #include <cmath>
@@ -13,10 +14,14 @@ static void linkSymbols() {
 }
 
 namespace lumiwren {
-namespace {
 
-QPixmap drawing(const QString &name, int pixels, const QColor &color) {
-  const auto key = QStringLiteral("symbol:%1:%2:%3").arg(name).arg(pixels).arg(color.rgba(), 0, 16);
+QPixmap symbol(const QString &name, int size, const QColor &color, qreal devicePixelRatio) {
+  const int pixels = std::max(1, static_cast<int>(std::lround(size * devicePixelRatio)));
+  const auto key = QStringLiteral("symbol:%1:%2:%3:%4")
+                       .arg(name)
+                       .arg(pixels)
+                       .arg(color.rgba(), 0, 16)
+                       .arg(devicePixelRatio);
   QPixmap pixmap;
   if (QPixmapCache::find(key, &pixmap)) {
     return pixmap;
@@ -31,33 +36,18 @@ QPixmap drawing(const QString &name, int pixels, const QColor &color) {
   painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
   painter.fillRect(pixmap.rect(), color);
   painter.end();
+  pixmap.setDevicePixelRatio(devicePixelRatio);
   QPixmapCache::insert(key, pixmap);
   return pixmap;
 }
 
-int pixelsOf(qreal size, qreal scale) {
-  return std::max(1, static_cast<int>(std::lround(size * scale)));
-}
-
-}  // namespace
-
-QPixmap symbol(const QString &name, int size, const QColor &color, qreal devicePixelRatio) {
-  QPixmap pixmap = drawing(name, pixelsOf(size, devicePixelRatio), color);
-  pixmap.setDevicePixelRatio(devicePixelRatio);
-  return pixmap;
-}
-
-void drawSymbol(QPainter &painter, const QString &name, const QRectF &square, const QColor &color) {
-  const QTransform toDevice = painter.deviceTransform();
-  const int pixels = pixelsOf(square.width(), toDevice.m11());
-  const QPointF centre = toDevice.map(square.center());
-  const QTransform place =
-      QTransform::fromTranslate(std::round(centre.x() - pixels / 2.0), std::round(centre.y() - pixels / 2.0));
-  painter.save();
-  // Such that one unit is one pixel, whatever the device does to coordinates after the painter.
-  painter.setWorldTransform(place * toDevice.inverted() * painter.worldTransform());
-  painter.drawPixmap(0, 0, drawing(name, pixels, color));
-  painter.restore();
+void drawSymbol(QPainter &painter, const QString &name, const QPointF &centre, int size,
+                const QColor &color) {
+  const DevicePixels device(painter);
+  const QPixmap drawing = symbol(name, size, color, device.scale());
+  const double half = drawing.width() / 2.0;
+  const QPointF corner = device.point(centre) - QPointF(half, half);
+  painter.drawPixmap(QRect({qRound(corner.x()), qRound(corner.y())}, drawing.size()), drawing);
 }
 
 }  // namespace lumiwren

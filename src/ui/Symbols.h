@@ -3,7 +3,7 @@
 #include <QColor>
 #include <QPainter>
 #include <QPixmap>
-#include <QRectF>
+#include <QPointF>
 #include <QString>
 
 namespace lumiwren {
@@ -12,7 +12,7 @@ namespace lumiwren {
 /// each size, colour and scale factor. A name that has no drawing is a programming error.
 QPixmap symbol(const QString &name, int size, const QColor &color, qreal devicePixelRatio);
 
-/// Draws a symbol into a square, on whole pixels of the device at any scale factor.
-void drawSymbol(QPainter &painter, const QString &name, const QRectF &square, const QColor &color);
+/// Draws a symbol about a point, on whole pixels of the device at any scale factor.
+void drawSymbol(QPainter &painter, const QString &name, const QPointF &centre, int size, const QColor &color);
 
 }  // namespace lumiwren

@@ -7,8 +7,6 @@
 #include <QStyle>
 #include <QStyleOptionSlider>
 
-#include <algorithm>
-
 namespace lumiwren {
 namespace {
 
@@ -21,21 +19,14 @@ constexpr double hoveredOpacity = 0.7;
 
 }  // namespace
 
-ThinScrollBar::ThinScrollBar(QWidget *parent) : ThinScrollBar(Qt::Vertical, parent) {}
-
-ThinScrollBar::ThinScrollBar(Qt::Orientation orientation, QWidget *parent) : QScrollBar(orientation, parent) {
+ThinScrollBar::ThinScrollBar(QWidget *parent) : QScrollBar(Qt::Vertical, parent) {
   setAttribute(Qt::WA_OpaquePaintEvent, false);
   setAttribute(Qt::WA_Hover);
-  if (orientation == Qt::Vertical) {
-    setFixedWidth(breadth);
-  } else {
-    setFixedHeight(breadth);
-  }
+  setFixedWidth(breadth);
 }
 
 QSize ThinScrollBar::sizeHint() const {
-  const QSize size = QScrollBar::sizeHint();
-  return orientation() == Qt::Vertical ? QSize(breadth, size.height()) : QSize(size.width(), breadth);
+  return {breadth, QScrollBar::sizeHint().height()};
 }
 
 void ThinScrollBar::paintEvent(QPaintEvent * /*event*/) {
@@ -46,18 +37,15 @@ void ThinScrollBar::paintEvent(QPaintEvent * /*event*/) {
   initStyleOption(&option);
   const QRectF slider =
       style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
-  constexpr qreal across = (breadth - thumbBreadth) / 2.0;
-  const QRectF thumb =
-      orientation() == Qt::Vertical
-          ? QRectF(across, slider.top() + thumbMargin, thumbBreadth, slider.height() - 2 * thumbMargin)
-          : QRectF(slider.left() + thumbMargin, across, slider.width() - 2 * thumbMargin, thumbBreadth);
+  const QRectF thumb((breadth - thumbBreadth) / 2.0, slider.top() + thumbMargin, thumbBreadth,
+                     slider.height() - 2 * thumbMargin);
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
   painter.setBrush(withOpacity(SemanticColors(palette()).primary,
                                isSliderDown() || underMouse() ? hoveredOpacity : opacity));
   const QRectF aligned = rectOnPixels(painter, thumb);
-  const qreal radius = std::min(aligned.width(), aligned.height()) / 2;
+  const qreal radius = aligned.width() / 2;
   painter.drawRoundedRect(aligned, radius, radius);
 }
 

@@ -4,14 +4,12 @@
 
 namespace lumiwren {
 
-/// A scroll bar that is a thin bar and nothing else, and invisible while there is nothing to scroll.
+/// A vertical scroll bar that is a thin bar and nothing else, and invisible while there is nothing to scroll.
 class ThinScrollBar : public QScrollBar {
   Q_OBJECT
 
 public:
-  /// A vertical one.
   explicit ThinScrollBar(QWidget *parent = nullptr);
-  explicit ThinScrollBar(Qt::Orientation orientation, QWidget *parent = nullptr);
 
   QSize sizeHint() const override;
 

@@ -21,7 +21,7 @@ TEST(ThinScrollBar, IsInvisibleWhileThereIsNothingToScroll) {
   EXPECT_TRUE(inkOf(rendered(bar, 1)).isEmpty());
 }
 
-TEST(ThinScrollBar, TheVerticalThumbIsThinAndMovesDown) {
+TEST(ThinScrollBar, TheThumbIsThinAndMovesDown) {
   ThinScrollBar bar;
   EXPECT_EQ(bar.sizeHint().width(), 10);
   bar.resize(10, 200);
@@ -34,20 +34,6 @@ TEST(ThinScrollBar, TheVerticalThumbIsThinAndMovesDown) {
   EXPECT_EQ(top.left(), 5);
   EXPECT_EQ(bottom.width(), 10);
   EXPECT_GT(bottom.top(), top.bottom());
-}
-
-TEST(ThinScrollBar, TheHorizontalThumbIsThinAndMovesRight) {
-  ThinScrollBar bar(Qt::Horizontal);
-  EXPECT_EQ(bar.sizeHint().height(), 10);
-  bar.resize(200, 10);
-  bar.setRange(0, 1000);
-  bar.setPageStep(200);
-  const QRect left = inkOf(rendered(bar, 2));
-  bar.setValue(1000);
-  const QRect right = inkOf(rendered(bar, 2));
-  EXPECT_EQ(left.height(), 10);
-  EXPECT_EQ(left.top(), 5);
-  EXPECT_GT(right.left(), left.right());
 }
 
 TEST(ThinScrollBar, IsToldApartFromBothLooks) {

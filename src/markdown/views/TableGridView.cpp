@@ -187,10 +187,7 @@ void TableGridView::paintAbove(const FragmentPainting &painting) const {
     }
   }
   painter.restore();
-  painter.setPen(QPen(border, lineOnPixels(painter, lineWidth)));
-  painter.setBrush(Qt::NoBrush);
-  painter.drawRoundedRect(outlineOnPixels(painter, QRectF(0, 0, width(), height()), lineWidth), cornerRadius,
-                          cornerRadius);
+  strokeInside(painter, QRectF(0, 0, width(), height()), lineWidth, cornerRadius, border);
 }
 
 }  // namespace lumiwren
