@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Pasteboard.h"
+#include "base/Bytes.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Bytes.h"
+
 #include <cstdint>
 #include <optional>
 #include <stop_token>
@@ -8,8 +10,6 @@
 #include <vector>
 
 namespace lumiwren {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// What one type of the pasteboard holds. Types are the names by which the owner offers them.
 struct PasteboardItem {
