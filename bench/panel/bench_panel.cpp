@@ -1,19 +1,11 @@
-#include "ai/KeychainManager.h"
-#include "ai/OpenAIAPIService.h"
-#include "base/MainQueue.h"
 #include "base/Task.h"
 #include "markdown/ChatAnswer.h"
 #include "markdown/views/MarkdownTextView.h"
 #include "net/Row.h"
-#include "platform/testing/FakeEventMonitors.h"
-#include "platform/testing/FakeHTTPClient.h"
-#include "platform/testing/FakePanelWindows.h"
-#include "platform/testing/FakePasteboard.h"
-#include "platform/testing/FakeScreens.h"
-#include "platform/testing/FakeSecretStore.h"
-#include "popup/ExplanationPopupController.h"
 #include "popup/ExplanationPopupView.h"
 #include "popup/KeyablePanel.h"
+#include "popup/PopupParts.h"
+#include "support/PaintCounter.h"
 #include "support/XServer.h"
 #include "ui/MainQueueLoop.h"
 
@@ -44,18 +36,9 @@ constexpr std::size_t chunkSize = 4;
 constexpr std::size_t referenceSamples = 60;
 constexpr std::size_t warmUp = 50;
 
-struct Panel {
-  MainQueue queue;
+struct Panel : testing::PopupParts {
   const MainQueueLoop loop{queue};
-  testing::FakeEventMonitors monitors;
-  testing::FakePasteboard pasteboard;
-  testing::FakeScreens screens;
-  testing::FakePanelWindows windows;
-  testing::FakeHTTPClient http;
-  testing::FakeSecretStore store;
-  KeychainManager keychain{store};
-  OpenAIAPIService service{http, keychain, queue, {}};
-  ExplanationPopupController controller{monitors, pasteboard, screens, windows, service, keychain, queue};
+  ExplanationPopupController controller = makeController();
 
   Panel() { open(); }
   void open() {
@@ -76,17 +59,6 @@ struct Refreshes {
   std::vector<double> touchedBlocks;
 };
 
-/// Counts how often a widget is drawn.
-class PaintCounter : public QObject {
-public:
-  explicit PaintCounter(QWidget &widget) { widget.installEventFilter(this); }
-  bool eventFilter(QObject * /*watched*/, QEvent *event) override {
-    count += event->type() == QEvent::Paint ? 1 : 0;
-    return false;
-  }
-  std::size_t count = 0;
-};
-
 /// Streams a text into the visible panel and draws it after each chunk, at the end of the conversation.
 Refreshes stream(Panel &panel, const std::string &text) {
   Refreshes result;
@@ -96,7 +68,7 @@ Refreshes stream(Panel &panel, const std::string &text) {
   auto &conversation = panel.conversation();
   auto &bar = *conversation.verticalScrollBar();
   auto &answer = *panel.answer();
-  const PaintCounter painted(answer);
+  const testing::PaintCounter painted(answer);
   for (std::size_t size = chunkSize; size <= text.size(); size += chunkSize) {
     panel.controller.popupState().updateMessageContent(0, text.substr(0, size));
     result.times.push_back(bench::milliseconds([&] {

@@ -4,6 +4,7 @@
 #include "app/SessionBus.h"
 #include "app/WatcherFake.h"
 #include "app/XEmbedTray.h"
+#include "support/ApplicationEnvironment.h"
 #include "support/XServer.h"
 
 #include <gmock/gmock.h>
@@ -41,20 +42,8 @@ constexpr QRgb iconColour = qRgb(0x8c, 0x59, 0xd9);
 constexpr uint32_t keyDown = 0xff54;
 constexpr uint32_t keyReturn = 0xff0d;
 
-class Application : public ::testing::Environment {
-public:
-  void SetUp() override { application_.emplace(argc_, argv_); }
-  void TearDown() override { application_.reset(); }
-
-private:
-  int argc_ = 1;
-  char name_[5] = "test";
-  char *argv_[2] = {name_, nullptr};
-  std::optional<QGuiApplication> application_;
-};
-
 [[maybe_unused]] const ::testing::Environment *const application =
-    ::testing::AddGlobalTestEnvironment(std::make_unique<Application>().release());
+    testing::ApplicationEnvironment<QGuiApplication>::add();
 
 /// Runs the event loop until something is to be seen on the screen, of which there is no event.
 bool seen(const std::function<bool()> &condition) {

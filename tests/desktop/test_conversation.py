@@ -3,8 +3,7 @@
 import threading
 
 import pytest
-from lab import GtkEditor, wait_until
-from lab.waiting import stays_false
+from lab import GtkEditor, stays_false, wait_until
 
 SENTENCES = ["Wrens are small birds.", "They sing loudly.", "They nest in holes."]
 

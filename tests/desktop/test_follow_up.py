@@ -53,6 +53,19 @@ def first_answer(lumiwren):
     return panel
 
 
+def ask_slowly(panel, service, text):
+    """A question and the event that lets its answer come."""
+    go = threading.Event()
+
+    def answer(exchange):
+        exchange.until(go)
+        exchange.answer(text)
+
+    service.answer = answer
+    panel.ask("Slow?")
+    return service.wait_for_requests(2), go
+
+
 def test_return_in_the_empty_field_asks_nothing(desktop, service, lumiwren, editor):
     panel = first_answer(lumiwren)
     panel.ask("")
@@ -75,16 +88,8 @@ def test_a_follow_up_that_fails_leaves_the_question(desktop, service, lumiwren, 
 
 
 def test_a_follow_up_runs_on_without_the_panel(desktop, service, lumiwren, editor):
-    go = threading.Event()
     panel = first_answer(lumiwren)
-
-    def answer(exchange):
-        exchange.until(go)
-        exchange.answer("Late.")
-
-    service.answer = answer
-    panel.ask("Slow?")
-    request = service.wait_for_requests(2)
+    request, go = ask_slowly(panel, service, "Late.")
     desktop.display.press("Escape")
     panel.wait_gone()
     go.set()
@@ -181,16 +186,8 @@ def test_tab_reaches_the_buttons_and_space_presses_them(desktop, service, lumiwr
 
 
 def test_typing_goes_on_after_the_answer_without_another_click(desktop, service, lumiwren, editor):
-    go = threading.Event()
     panel = first_answer(lumiwren)
-
-    def answer(exchange):
-        exchange.until(go)
-        exchange.answer("Second.")
-
-    service.answer = answer
-    panel.ask("Slow?")
-    service.wait_for_requests(2)
+    _, go = ask_slowly(panel, service, "Second.")
     wait_until(lambda: "enabled" not in panel.field.states, "the field to be disabled", interval=0.02)
     go.set()
     panel.wait_for("Second.")

@@ -5,13 +5,18 @@ from lab import WINDOW_MANAGERS, Desktop, GtkEditor, stays_false, wait_until
 
 
 def open_panel(lumiwren):
+    """A panel with an answer, beside the editor whose text it is about."""
+    desktop = lumiwren.desktop
+    editor = GtkEditor(desktop, "The selected text")
+    editor.select_all("The selected text")
+    desktop.display.move(300, 200)
     lumiwren.press_hotkey()
     panel = lumiwren.panel.wait_shown()
     panel.wait_for("Answer.")
     panel.wait_enabled()
     # By now clicks elsewhere close it.
     assert stays_false(lambda: not panel.shown, 0.6)
-    return panel
+    return editor, panel
 
 
 def menu_of(display):
@@ -37,10 +42,7 @@ def test_the_answers_menu_works_though_the_panel_has_no_keyboard(service, progra
     with Desktop(window_manager) as desktop:
         display = desktop.display
         lumiwren = programs.start(desktop, service)
-        editor = GtkEditor(desktop, "The selected text")
-        editor.select_all("The selected text")
-        display.move(300, 200)
-        panel = open_panel(lumiwren)
+        editor, panel = open_panel(lumiwren)
         answer = panel.find(name="Answer")
         # Two entries of one height: Copy, Select All.
         menu = open_menu(panel, answer, 1)
@@ -72,10 +74,7 @@ def test_the_fields_menu_pastes_and_escape_closes_it_alone(service, programs, wi
     with Desktop(window_manager) as desktop:
         display = desktop.display
         lumiwren = programs.start(desktop, service)
-        editor = GtkEditor(desktop, "The selected text")
-        editor.select_all("The selected text")
-        display.move(300, 200)
-        panel = open_panel(lumiwren)
+        editor, panel = open_panel(lumiwren)
         desktop.own_selection({"UTF8_STRING": b"pasted"})
         open_menu(panel, panel.field, 0)
         display.press("Escape")

@@ -2,6 +2,7 @@
 
 #include "markdown/views/MarkdownTextView.h"
 #include "popup/PopupTesting.h"
+#include "support/PaintCounter.h"
 
 #include <gtest/gtest.h>
 
@@ -131,23 +132,12 @@ TEST_F(ConversationViewTest, ANewAnswerIsFollowedWhereverTheLastOneWasLeft) {
   EXPECT_EQ(bar().value(), bar().maximum());
 }
 
-/// Counts how often a widget is drawn.
-class PaintCounter : public QObject {
-public:
-  explicit PaintCounter(QWidget &widget) { widget.installEventFilter(this); }
-  bool eventFilter(QObject * /*watched*/, QEvent *event) override {
-    count += event->type() == QEvent::Paint ? 1 : 0;
-    return false;
-  }
-  int count = 0;
-};
-
 TEST_F(ConversationViewTest, ManyChunksWithinAFrameAreDrawnOnce) {
   show();
   answer("a");
   QCoreApplication::processEvents();
   auto &view = *answers().at(0);
-  const PaintCounter painted(view);
+  const testing::PaintCounter painted(view);
   for (int chunk = 0; chunk < 100; ++chunk) {
     update(std::string(static_cast<std::size_t>(chunk) + 2, 'a'), true);
     EXPECT_EQ(view.plainText(), QStringLiteral("a"));

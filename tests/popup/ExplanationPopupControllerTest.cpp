@@ -249,35 +249,27 @@ TEST_F(ExplanationPopupControllerTest, OnCopyWithoutAnExplanationPutsTheEmptyStr
 }
 
 TEST(ExplanationPopupControllerEnd, WhatIsLeftBehindDoesNothing) {
-  MainQueue queue;
-  testing::FakeEventMonitors monitors;
-  testing::FakePasteboard pasteboard;
-  testing::FakeScreens screens;
-  testing::FakePanelWindows windows;
-  testing::FakeHTTPClient http;
-  testing::FakeSecretStore store;
-  KeychainManager keychain{store};
-  OpenAIAPIService service{http, keychain, queue, {}};
-  keychain.saveAPIKey(Secret::copyOf("key"));
-  const auto exchange = http.expect();
+  testing::PopupParts parts;
+  parts.keychain.saveAPIKey(Secret::copyOf("key"));
+  const auto exchange = parts.http.expect();
   {
-    ExplanationPopupController controller{monitors, pasteboard, screens, windows, service, keychain, queue};
+    ExplanationPopupController controller = parts.makeController();
     controller.show("source", std::nullopt, true, std::nullopt);
-    queue.runPending();
+    parts.queue.runPending();
     controller.sendFollowUp("Q");
     controller.dismiss();
     controller.show("more", std::nullopt, true, std::nullopt);
   }
-  EXPECT_EQ(monitors.globalMonitorCount(), 0U);
-  EXPECT_EQ(monitors.localMonitorCount(), 0U);
+  EXPECT_EQ(parts.monitors.globalMonitorCount(), 0U);
+  EXPECT_EQ(parts.monitors.localMonitorCount(), 0U);
   exchange->respond(200).end();
-  http.waitForRequests(1);
+  parts.http.waitForRequests(1);
   while (!exchange->isClosed()) {
-    queue.runPending();
+    parts.queue.runPending();
     std::this_thread::yield();
   }
-  queue.runPending();
-  queue.close();
+  parts.queue.runPending();
+  parts.queue.close();
   EXPECT_TRUE(Task::endAll(10s));
 }
 

@@ -1,18 +1,9 @@
 #pragma once
 
-#include "ai/KeychainManager.h"
-#include "ai/OpenAIAPIService.h"
-#include "base/MainQueue.h"
 #include "base/Task.h"
-#include "platform/testing/FakeEventMonitors.h"
-#include "platform/testing/FakeHTTPClient.h"
-#include "platform/testing/FakePanelWindows.h"
-#include "platform/testing/FakePasteboard.h"
-#include "platform/testing/FakeScreens.h"
-#include "platform/testing/FakeSecretStore.h"
-#include "popup/ExplanationPopupController.h"
 #include "popup/ExplanationPopupView.h"
 #include "popup/KeyablePanel.h"
+#include "popup/PopupParts.h"
 
 #include <gtest/gtest.h>
 
@@ -38,10 +29,14 @@ inline QPushButton &button(const QWidget &window, const char *name) {
   throw std::runtime_error(std::string("no button ") + name);
 }
 
+struct StillTime {
+  MainQueue::TimePoint now{};
+};
+
 /// A controller whose time stands still until the test moves it.
-class PopupTest : public ::testing::Test {
+class PopupTest : public ::testing::Test, protected StillTime, protected PopupParts {
 protected:
-  PopupTest() { keychain.saveAPIKey(Secret::copyOf("key")); }
+  PopupTest() : PopupParts([this] { return now; }) { keychain.saveAPIKey(Secret::copyOf("key")); }
   ~PopupTest() override { EXPECT_TRUE(Task::endAll(std::chrono::seconds(10))); }
 
   void advance(std::chrono::milliseconds duration) {
@@ -78,17 +73,7 @@ protected:
     return "data: {\"choices\":[{\"delta\":{\"content\":\"" + content + "\"}}]}\n\n";
   }
 
-  MainQueue::TimePoint now{};
-  MainQueue queue{[this] { return now; }};
-  FakeEventMonitors monitors;
-  FakePasteboard pasteboard;
-  FakeScreens screens;
-  FakePanelWindows windows;
-  FakeHTTPClient http;
-  FakeSecretStore store;
-  KeychainManager keychain{store};
-  OpenAIAPIService service{http, keychain, queue, {}};
-  ExplanationPopupController controller{monitors, pasteboard, screens, windows, service, keychain, queue};
+  ExplanationPopupController controller = makeController();
 };
 
 }  // namespace lumiwren::testing

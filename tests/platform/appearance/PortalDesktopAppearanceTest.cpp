@@ -3,6 +3,7 @@
 #include "app/Eventually.h"
 #include "app/SessionBus.h"
 #include "platform/appearance/PrintAppearance.h"
+#include "support/ApplicationEnvironment.h"
 #include "support/Process.h"
 
 #include <gmock/gmock.h>
@@ -36,20 +37,8 @@ Appearance withScheme(ColorScheme scheme) {
   return {.colorScheme = scheme};
 }
 
-class Application : public ::testing::Environment {
-public:
-  void SetUp() override { application_.emplace(argc_, argv_); }
-  void TearDown() override { application_.reset(); }
-
-private:
-  int argc_ = 1;
-  char name_[5] = "test";
-  char *argv_[2] = {name_, nullptr};
-  std::optional<QCoreApplication> application_;
-};
-
 [[maybe_unused]] const ::testing::Environment *const application =
-    ::testing::AddGlobalTestEnvironment(std::make_unique<Application>().release());
+    testing::ApplicationEnvironment<QCoreApplication>::add();
 
 /// A real bus, and a portal on it that is a process of its own.
 class PortalDesktopAppearanceTest : public Test {

@@ -171,11 +171,17 @@ def long_answer(studio):
     return panel
 
 
-def follow_up(studio):
+def asked(studio, answer):
+    """A short answer, and a question about it that the service meets in its own way."""
     panel = studio.open(answered(SHORT))
     panel.wait_enabled()
-    studio.service.answer = answered("Insects and spiders, mostly:\n\n- beetles\n- small flies")
+    studio.service.answer = answer
     panel.ask("What does it eat?")
+    return panel
+
+
+def follow_up(studio):
+    panel = asked(studio, answered("Insects and spiders, mostly:\n\n- beetles\n- small flies"))
     panel.wait_for("small flies")
     panel.wait_enabled()
     studio.desktop.display.type("And in winter")
@@ -183,10 +189,7 @@ def follow_up(studio):
 
 
 def disabled_field(studio):
-    panel = studio.open(answered(SHORT))
-    panel.wait_enabled()
-    studio.service.answer = lambda exchange: exchange.hold()
-    panel.ask("What does it eat?")
+    panel = asked(studio, lambda exchange: exchange.hold())
     wait_until(lambda: "enabled" not in panel.field.states, "the field to be disabled")
     return panel
 
@@ -199,10 +202,7 @@ def error_alone(studio):
 
 
 def error_below(studio):
-    panel = studio.open(answered(SHORT))
-    panel.wait_enabled()
-    studio.service.answer = lambda exchange: exchange.error(429, "Too Many Requests")
-    panel.ask("What does it eat?")
+    panel = asked(studio, lambda exchange: exchange.error(429, "Too Many Requests"))
     wait_until(panel.errors, "the failure")
     panel.wait_enabled()
     return panel
