@@ -14,6 +14,7 @@ FLOORS = {
     "platform/linux/x11": {"base", "platform", "platform/linux", "x11"},
     "platform/linux/pasteboardholder": {"base", "platform", "platform/linux", "platform/linux/x11", "x11"},
     "platform/linux/appearance": {"base", "platform", "qt"},
+    "platform/linux/recognition": {"base", "platform"},
     "platform/linux/session": {"base", "platform", "platform/linux", "platform/linux/appearance", "platform/linux/x11",
                                "qt"},
     "ai": {"base", "platform"},
