@@ -2,6 +2,8 @@
 
 #include "ai/LumiwrenError.h"
 #include "input/ClipboardManager.h"
+#include "input/OCRError.h"
+#include "input/OCRManager.h"
 
 #include <algorithm>
 #include <string_view>
@@ -45,10 +47,37 @@ void requestAnswer(const ActionDispatch::Services &services, const CustomAction 
       token, [&] { services.popup.updateContent(input, fullResponse, false, std::nullopt); });
 }
 
+using Acquisition = std::function<std::string(const std::stop_token &)>;
+
+/// The task of one action: its input is acquired and shown, then the answer. Failures are shown as well.
+Task startStreaming(const ActionDispatch::Services &services, const CustomAction &action, Acquisition input) {
+  return Task::start([services, action, input = std::move(input)](const std::stop_token &token) {
+    const auto showFailure = [&](const std::string &message) {
+      // Not with the task's token: a failure that came before the task was cancelled is shown like any other.
+      services.mainQueue.runAndWait({},
+                                    [&] { services.popup.updateContent("", std::nullopt, false, message); });
+    };
+    try {
+      const std::string text = input(token);
+      services.mainQueue.runAndWait(
+          token, [&] { services.popup.updateContent(text, std::nullopt, true, std::nullopt); });
+      requestAnswer(services, action, text, token);
+    } catch (const CancellationError &) {
+      throw;
+    } catch (const OCRError &error) {
+      showFailure(error.errorDescription());
+    } catch (const LumiwrenError &error) {
+      showFailure(error.errorDescription());
+    } catch (const std::exception &error) {
+      showFailure(error.what());
+    }
+  });
+}
+
 }  // namespace
 
-ActionDispatch::ActionDispatch(const Services &services, std::function<void()> showAccessibilityAlert)
-    : services_(services), showAccessibilityAlert_(std::move(showAccessibilityAlert)) {}
+ActionDispatch::ActionDispatch(const Services &services, Alerts alerts)
+    : services_(services), alerts_(std::move(alerts)) {}
 
 void ActionDispatch::setupHotkey() {
   services_.hotkeys.onActionHotkeyPressed = [weak = anchor_.weak()](const UUID &id) {
@@ -93,39 +122,48 @@ void ActionDispatch::keyChecked(bool hasKey) {
   if (!hasKey) {
     showError("API key not configured. Click the menu bar icon to set up your API key.");
   } else if (action.inputType == CustomAction::InputType::ScreenCapture) {
-    showError("Screen capture actions are not available in this version.");
+    triggerActionWithOCR(action);
   } else {
     triggerActionWithText(action);
   }
 }
 
 void ActionDispatch::triggerActionWithText(const CustomAction &action) {
-  if (!services_.platform.accessibilityTrust().isProcessTrusted()) {
-    showAccessibilityAlert_();
+  auto &platform = services_.platform;
+  if (!platform.accessibilityTrust().isProcessTrusted()) {
+    alerts_.showAccessibilityAlert();
     return;
   }
   currentStreamingTask_ = Task();
   services_.popup.show("Getting text...", std::nullopt, true, std::nullopt);
-  currentStreamingTask_ = Task::start([services = services_, action](const std::stop_token &token) {
-    const auto showFailure = [&](const std::string &message) {
-      // Not with the task's token: a failure that came before the task was cancelled is shown like any other.
-      services.mainQueue.runAndWait({},
-                                    [&] { services.popup.updateContent("", std::nullopt, false, message); });
-    };
-    try {
-      ClipboardManager clipboard(services.platform.accessibilityTrust(), services.platform.pasteboard(),
-                                 services.platform.selectionCopy());
-      const std::string input = clipboard.captureSelectedText(token);
-      services.mainQueue.runAndWait(
-          token, [&] { services.popup.updateContent(input, std::nullopt, true, std::nullopt); });
-      requestAnswer(services, action, input, token);
-    } catch (const CancellationError &) {
-      throw;
-    } catch (const LumiwrenError &error) {
-      showFailure(error.errorDescription());
-    } catch (const std::exception &error) {
-      showFailure(error.what());
-    }
+  currentStreamingTask_ = startStreaming(services_, action, [&platform](const std::stop_token &token) {
+    ClipboardManager clipboard(platform.accessibilityTrust(), platform.pasteboard(),
+                               platform.selectionCopy());
+    return clipboard.captureSelectedText(token);
+  });
+}
+
+void ActionDispatch::triggerActionWithOCR(const CustomAction &action) {
+  if (!services_.platform.screenRecording().canRecord()) {
+    alerts_.showScreenRecordingAlert();
+    return;
+  }
+  currentStreamingTask_ = Task();
+  services_.screenCapture.captureRegion(
+      [weak = anchor_.weak(), action](const std::optional<Image> &image, std::optional<Point> /*point*/) {
+        if (auto *const self = weak.get(); self && image) {
+          self->recognize(action, *image);
+        }
+      });
+  // While the user draws.
+  services_.platform.textRecognizer().prepare();
+}
+
+void ActionDispatch::recognize(const CustomAction &action, const Image &image) {
+  auto &platform = services_.platform;
+  services_.popup.show("Extracting text from image...", std::nullopt, true, std::nullopt);
+  currentStreamingTask_ = startStreaming(services_, action, [&platform, image](const std::stop_token &token) {
+    return OCRManager(platform.imageDecoder(), platform.textRecognizer()).extractText(image, token);
   });
 }
 

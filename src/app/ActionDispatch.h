@@ -7,6 +7,7 @@
 #include "base/Task.h"
 #include "base/Weak.h"
 #include "input/HotkeyManager.h"
+#include "input/ScreenCaptureManager.h"
 #include "platform/Platform.h"
 #include "popup/ExplanationPopupController.h"
 
@@ -27,11 +28,16 @@ public:
     KeychainManager &keychain;
     OpenAIAPIService &service;
     HotkeyManager &hotkeys;
+    ScreenCaptureManager &screenCapture;
     ExplanationPopupController &popup;
   };
+  /// Modal alerts, which tell the user what permission is missing.
+  struct Alerts {
+    std::function<void()> showAccessibilityAlert;
+    std::function<void()> showScreenRecordingAlert;
+  };
 
-  /// `showAccessibilityAlert` tells the user that the permission is missing.
-  ActionDispatch(const Services &services, std::function<void()> showAccessibilityAlert);
+  ActionDispatch(const Services &services, Alerts alerts);
 
   /// Runs an action on each press of its hotkey from now on.
   void setupHotkey();
@@ -42,10 +48,12 @@ private:
   void checkKey();
   void keyChecked(bool hasKey);
   void triggerActionWithText(const CustomAction &action);
+  void triggerActionWithOCR(const CustomAction &action);
+  void recognize(const CustomAction &action, const Image &image);
   void showError(const std::string &message);
 
   const Services services_;
-  const std::function<void()> showAccessibilityAlert_;
+  const Alerts alerts_;
   Task keyCheck_;
   std::optional<CustomAction> awaitingKey_;  // the latest action whose key check has not ended
   Task currentStreamingTask_;

@@ -21,6 +21,7 @@ private:
   void setupMenuBar();
   void checkAccessibilityPermission();
   void showAccessibilityAlert();
+  void showScreenRecordingAlert();
 
   const ActionDispatch::Services services_;
   const std::function<void()> terminate_;

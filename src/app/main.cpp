@@ -64,7 +64,9 @@ int runApplication(int argc, char **argv) {
   HotkeyManager hotkeys(platform->eventMonitors(), actions, mainQueue);
   ExplanationPopupController popup(platform->eventMonitors(), platform->pasteboard(), platform->screens(),
                                    platform->panelWindows(), service, keychain, mainQueue);
-  AppDelegate delegate({*platform, mainQueue, actions, keychain, service, hotkeys, popup},
+  ScreenCaptureManager screenCapture(platform->screenRecording(), platform->childProcesses(),
+                                     platform->workspace(), mainQueue);
+  AppDelegate delegate({*platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup},
                        [] { QApplication::quit(); });
 
   delegate.applicationDidFinishLaunching();

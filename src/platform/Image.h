@@ -11,6 +11,7 @@ namespace lumiwren {
 /// A picture as its file has it (PNG). What it shows is decoded by whoever needs the pixels.
 struct Image {
   Bytes file;
+  friend bool operator==(const Image &, const Image &) = default;
 };
 
 /// Decoded pixels in sRGB: three bytes (red, green, blue) for each, rows from the top, nothing between them.

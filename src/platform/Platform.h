@@ -1,15 +1,20 @@
 #pragma once
 
 #include "platform/AccessibilityTrust.h"
+#include "platform/ChildProcesses.h"
 #include "platform/DesktopAppearance.h"
 #include "platform/EventMonitors.h"
 #include "platform/HTTPClient.h"
+#include "platform/Image.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
+#include "platform/ScreenRecording.h"
 #include "platform/Screens.h"
 #include "platform/SecretStore.h"
 #include "platform/SelectionCopy.h"
+#include "platform/TextRecognizer.h"
 #include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
 
 namespace lumiwren {
 
@@ -25,10 +30,15 @@ public:
   virtual AccessibilityTrust &accessibilityTrust() = 0;
   virtual Screens &screens() = 0;
   virtual PanelWindows &panelWindows() = 0;
+  virtual ScreenRecording &screenRecording() = 0;
+  virtual ImageDecoder &imageDecoder() = 0;
+  virtual TextRecognizer &textRecognizer() = 0;
   virtual HTTPClient &httpClient() = 0;
   virtual SecretStore &secretStore() = 0;
   virtual UserDefaults &userDefaults() = 0;
   virtual DesktopAppearance &desktopAppearance() = 0;
+  virtual ChildProcesses &childProcesses() = 0;
+  virtual Workspace &workspace() = 0;
 };
 
 }  // namespace lumiwren

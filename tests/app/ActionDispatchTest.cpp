@@ -10,6 +10,8 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <future>
 #include <mutex>
@@ -116,7 +118,11 @@ protected:
   bool awake = false;
 
   int alerts = 0;
-  std::optional<ActionDispatch> dispatch{std::in_place, services(), [this] { ++alerts; }};
+  int recordingAlerts = 0;
+  std::optional<ActionDispatch> dispatch{
+      std::in_place, services(),
+      ActionDispatch::Alerts{.showAccessibilityAlert = [this] { ++alerts; },
+                             .showScreenRecordingAlert = [this] { ++recordingAlerts; }}};
 };
 
 TEST_F(ActionDispatchTest, AHotkeyPressStreamsTheAnswerIntoThePopup) {
@@ -302,17 +308,160 @@ TEST_F(ActionDispatchTest, ARefusalByTheServerShowsItsStatus) {
   waitUntilShown({"", std::nullopt, false, "API error: HTTP 401"});
 }
 
-TEST_F(ActionDispatchTest, AScreenCaptureActionWithoutAKeyShowsTheKeyMessage) {
-  keychain.deleteAPIKey();
-  dispatch->dispatchAction(addAction("{text}", CustomAction::InputType::ScreenCapture));
-  waitUntilShown(
-      {"", std::nullopt, false, "API key not configured. Click the menu bar icon to set up your API key."});
+class CaptureActionTest : public ActionDispatchTest {
+protected:
+  void dispatchCapture(const std::string &prompt = "{text}") {
+    dispatch->dispatchAction(addAction(prompt, CustomAction::InputType::ScreenCapture));
+  }
+  void waitForTool(std::size_t count = 1) {
+    waitUntil([&] { return platform.childProcesses().launched.size() == count; });
+  }
+  /// The user draws a rectangle.
+  void draw(std::size_t number = 0) {
+    std::ofstream(platform.childProcesses().launched.at(number).arguments.at(2)) << "\x89PNG\r\n\x1a\n...";
+    platform.childProcesses().end(number);
+  }
+};
+
+TEST_F(CaptureActionTest, TheRecognisedTextIsShownAndAnswered) {
+  platform.textRecognizer().setLines({"two", "lines"});
+  const auto exchange = platform.httpClient().expect();
+  dispatchCapture("Explain: {text}");
+  waitForTool();
+  mainQueue.runPending();
+  EXPECT_EQ(popup.panel(), nullptr);
+  draw();
+  platform.textRecognizer().setSilent(true);
+  waitUntilShown({"Extracting text from image...", std::nullopt, true, std::nullopt});
+  EXPECT_NE(popup.panel(), nullptr);
+  platform.textRecognizer().setSilent(false);
+  waitUntilShown({"two\nlines", std::nullopt, true, std::nullopt});
+  exchange->respond(200).push(chunk("answer")).end();
+  waitUntilShown({"two\nlines", "answer", false, std::nullopt});
+  EXPECT_EQ(sentPrompt(0), "Explain: two\nlines");
+  EXPECT_EQ(platform.selectionCopy().copies, 0);
 }
 
-TEST_F(ActionDispatchTest, AScreenCaptureActionSaysThatThisVersionHasNone) {
-  dispatch->dispatchAction(addAction("{text}", CustomAction::InputType::ScreenCapture));
-  waitUntilShown({"", std::nullopt, false, "Screen capture actions are not available in this version."});
-  EXPECT_EQ(platform.selectionCopy().copies, 0);
+TEST_F(CaptureActionTest, TheEngineLoadsWhileTheUserDraws) {
+  dispatchCapture();
+  waitForTool();
+  EXPECT_EQ(platform.textRecognizer().prepareCount(), 1U);
+}
+
+TEST_F(CaptureActionTest, WithoutAKeyTheMessageIsShownAndNothingIsCapturedOrProbed) {
+  keychain.deleteAPIKey();
+  platform.screenRecording().allowed = false;
+  dispatchCapture();
+  waitUntilShown(
+      {"", std::nullopt, false, "API key not configured. Click the menu bar icon to set up your API key."});
+  EXPECT_EQ(platform.screenRecording().probes, 0);
+  EXPECT_EQ(recordingAlerts, 0);
+  EXPECT_THAT(platform.childProcesses().launched, IsEmpty());
+}
+
+TEST_F(CaptureActionTest, WithoutPermissionTheAlertIsShownAndTheRunningActionGoesOn) {
+  const auto exchange = platform.httpClient().expect();
+  exchange->respond(200).push(chunk("answer"));
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"the selection", "answer", true, std::nullopt});
+  platform.screenRecording().allowed = false;
+  dispatchCapture();
+  waitUntil([&] { return recordingAlerts == 1; });
+  EXPECT_FALSE(exchange->isClosed());
+  EXPECT_EQ(alerts, 0);
+  EXPECT_THAT(platform.childProcesses().launched, IsEmpty());
+  EXPECT_EQ(platform.textRecognizer().prepareCount(), 0U);
+}
+
+TEST_F(CaptureActionTest, NeedsNoPermissionToCopy) {
+  platform.accessibilityTrust().trusted = false;
+  dispatchCapture();
+  waitForTool();
+  EXPECT_EQ(alerts, 0);
+}
+
+TEST_F(CaptureActionTest, ACaptureCancelsTheRunningAction) {
+  const auto exchange = platform.httpClient().expect();
+  exchange->respond(200).push(chunk("answer"));
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"the selection", "answer", true, std::nullopt});
+  dispatchCapture();
+  waitForTool();
+  exchange->waitUntilClosed();
+}
+
+TEST_F(CaptureActionTest, ACancelledCaptureShowsNothingAndLeavesNoTask) {
+  dispatchCapture();
+  waitForTool();
+  platform.childProcesses().end();
+  mainQueue.runPending();
+  EXPECT_EQ(popup.panel(), nullptr);
+  EXPECT_THAT(platform.imageDecoder().images(), IsEmpty());
+  EXPECT_THAT(platform.httpClient().requests(), IsEmpty());
+}
+
+TEST_F(CaptureActionTest, AToolThatCannotBeStartedShowsNothing) {
+  platform.childProcesses().canLaunch = false;
+  dispatchCapture();
+  waitUntil([&] { return platform.screenRecording().probes == 1; });
+  mainQueue.runPending();
+  EXPECT_EQ(popup.panel(), nullptr);
+}
+
+TEST_F(CaptureActionTest, ARegionWithoutTextSaysSo) {
+  dispatchCapture();
+  waitForTool();
+  draw();
+  waitUntilShown({"", std::nullopt, false, "No text found in the selected region."});
+  EXPECT_THAT(platform.httpClient().requests(), IsEmpty());
+}
+
+TEST_F(CaptureActionTest, APictureThatCannotBeDecodedSaysSo) {
+  platform.imageDecoder().show(std::nullopt);
+  dispatchCapture();
+  waitForTool();
+  draw();
+  waitUntilShown({"", std::nullopt, false, "Could not process the captured image."});
+}
+
+TEST_F(CaptureActionTest, AFailureOfTheRecognitionSaysWhy) {
+  platform.textRecognizer().setError("A part is missing.");
+  dispatchCapture();
+  waitForTool();
+  draw();
+  waitUntilShown({"", std::nullopt, false, "OCR error: A part is missing."});
+}
+
+TEST_F(CaptureActionTest, AnErrorDuringStreamingEmptiesTheOriginalText) {
+  platform.textRecognizer().setLines({"text"});
+  platform.httpClient().expect(500);
+  dispatchCapture();
+  waitForTool();
+  draw();
+  waitUntilShown({"", std::nullopt, false, "API error: HTTP 500"});
+}
+
+TEST_F(CaptureActionTest, ANewActionCancelsTheRecognition) {
+  platform.textRecognizer().setSilent(true);
+  dispatchCapture();
+  waitForTool();
+  draw();
+  waitUntilShown({"Extracting text from image...", std::nullopt, true, std::nullopt});
+  platform.textRecognizer().waitForCallers();
+  platform.httpClient().expect(200, {chunk("answer")});
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntilShown({"the selection", "answer", false, std::nullopt});
+  EXPECT_EQ(platform.httpClient().requests().size(), 1U);
+}
+
+TEST_F(CaptureActionTest, ACaptureThatEndsAfterTheDispatchShowsNothing) {
+  dispatchCapture();
+  waitForTool();
+  dispatch.reset();
+  draw();
+  mainQueue.runPending();
+  EXPECT_EQ(popup.panel(), nullptr);
+  EXPECT_TRUE(std::filesystem::is_empty(captureFolder.path()));
 }
 
 TEST_F(ActionDispatchTest, WhatComesAfterTheDispatchsEndShowsNothing) {

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/AppTest.h"
+#include "platform/KeyCodes.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,11 @@
 #include <QTimer>
 
 #include <chrono>
+#include <functional>
 #include <optional>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace lumiwren {
 namespace {
@@ -30,8 +35,10 @@ protected:
     mainQueue.runPending();
   }
   /// Presses the button of the next modal alert, and keeps what the alert says.
-  void answerAlertWith(const QString &button) {
-    QTimer::singleShot(0, &testing::testApplication(), [this, button] {
+  void answerAlertWith(
+      const QString &button, const std::function<void()> &next = [] {}) {
+    QTimer::singleShot(0, &testing::testApplication(), [this, button, next] {
+      next();
       auto *const alert = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
       ASSERT_NE(alert, nullptr);
       text = alert->text();
@@ -85,6 +92,54 @@ TEST_F(AppDelegateTest, TheAlertsFirstButtonLetsTheSessionAsk) {
   answerAlertWith(QStringLiteral("Open System Settings"));
   pass(milliseconds(1000));
   EXPECT_EQ(platform.accessibilityTrust().prompts, 1);
+}
+
+class ScreenRecordingAlert : public AppDelegateTest {
+protected:
+  ScreenRecordingAlert() {
+    platform.screenRecording().allowed = false;
+    actions.addAction({.id = UUID::random(),
+                       .name = "Read",
+                       .hotkey = {.keyCode = keyCode::t, .modifiers = modifier::control},
+                       .prompt = "{text}",
+                       .inputType = CustomAction::InputType::ScreenCapture});
+  }
+  void pressHotkey() {
+    launch();
+    platform.eventMonitors().pressKeyElsewhere(keyCode::t, modifier::control);
+    while (text.isEmpty()) {
+      mainQueue.runPending();
+      std::this_thread::yield();
+    }
+  }
+};
+
+TEST_F(ScreenRecordingAlert, SaysWhatIsMissing) {
+  answerAlertWith(QStringLiteral("Later"));
+  pressHotkey();
+  EXPECT_EQ(text, QStringLiteral("Screen Recording Permission Required"));
+  EXPECT_EQ(
+      informativeText,
+      QStringLiteral("Lumiwren needs screen recording permission to capture screen regions for OCR. Please "
+                     "grant access in System Settings > Privacy & Security > Screen Recording."));
+  EXPECT_TRUE(platform.workspace().opened.empty());
+  EXPECT_EQ(popup.panel(), nullptr);
+}
+
+TEST_F(ScreenRecordingAlert, TheFirstButtonOpensTheSettings) {
+  answerAlertWith(QStringLiteral("Open System Settings"));
+  pressHotkey();
+  EXPECT_EQ(platform.workspace().opened,
+            std::vector<std::string>{
+                "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture"});
+}
+
+TEST_F(ScreenRecordingAlert, WithoutASettingsProgramTheUserIsToldWhatToDo) {
+  platform.workspace().canOpen = false;
+  answerAlertWith(QStringLiteral("Open System Settings"), [this] { answerAlertWith(QStringLiteral("OK")); });
+  pressHotkey();
+  EXPECT_EQ(text, QStringLiteral("No System Settings Found"));
+  EXPECT_FALSE(informativeText.isEmpty());
 }
 
 TEST_F(AppDelegateTest, AnAlertThatIsDueAfterTheEndIsNotShown) {

@@ -3,6 +3,7 @@
 #include "app/ActionDispatch.h"
 #include "app/TestApplication.h"
 #include "platform/testing/FakePlatform.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +23,7 @@ protected:
   }
 
   ActionDispatch::Services services() {
-    return {platform, mainQueue, actions, keychain, service, hotkeys, popup};
+    return {platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup};
   }
 
   FakePlatform platform;
@@ -32,6 +33,9 @@ protected:
       platform.httpClient(), keychain, mainQueue, {.baseURL = "http://127.0.0.1/", .model = "a-model"}};
   CustomActionManager actions{platform.userDefaults()};
   HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
+  const TemporaryFolder captureFolder;
+  ScreenCaptureManager screenCapture{platform.screenRecording(), platform.childProcesses(),
+                                     platform.workspace(), mainQueue, captureFolder.path()};
   ExplanationPopupController popup{platform.eventMonitors(),
                                    platform.pasteboard(),
                                    platform.screens(),

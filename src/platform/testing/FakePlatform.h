@@ -2,15 +2,20 @@
 
 #include "platform/Platform.h"
 #include "platform/testing/FakeAccessibilityTrust.h"
+#include "platform/testing/FakeChildProcesses.h"
 #include "platform/testing/FakeDesktopAppearance.h"
 #include "platform/testing/FakeEventMonitors.h"
 #include "platform/testing/FakeHTTPClient.h"
+#include "platform/testing/FakeImageDecoder.h"
 #include "platform/testing/FakePanelWindows.h"
 #include "platform/testing/FakePasteboard.h"
+#include "platform/testing/FakeScreenRecording.h"
 #include "platform/testing/FakeScreens.h"
 #include "platform/testing/FakeSecretStore.h"
 #include "platform/testing/FakeSelectionCopy.h"
+#include "platform/testing/FakeTextRecognizer.h"
 #include "platform/testing/FakeUserDefaults.h"
+#include "platform/testing/FakeWorkspace.h"
 
 namespace lumiwren::testing {
 
@@ -27,6 +32,11 @@ public:
   FakeSecretStore &secretStore() override { return secretStore_; }
   FakeUserDefaults &userDefaults() override { return userDefaults_; }
   FakeDesktopAppearance &desktopAppearance() override { return desktopAppearance_; }
+  FakeScreenRecording &screenRecording() override { return screenRecording_; }
+  FakeImageDecoder &imageDecoder() override { return imageDecoder_; }
+  FakeTextRecognizer &textRecognizer() override { return textRecognizer_; }
+  FakeChildProcesses &childProcesses() override { return childProcesses_; }
+  FakeWorkspace &workspace() override { return workspace_; }
 
 private:
   FakeEventMonitors eventMonitors_;
@@ -39,6 +49,11 @@ private:
   FakeSecretStore secretStore_;
   FakeUserDefaults userDefaults_;
   FakeDesktopAppearance desktopAppearance_;
+  FakeScreenRecording screenRecording_;
+  FakeImageDecoder imageDecoder_;
+  FakeTextRecognizer textRecognizer_;
+  FakeChildProcesses childProcesses_;
+  FakeWorkspace workspace_;
 };
 
 }  // namespace lumiwren::testing

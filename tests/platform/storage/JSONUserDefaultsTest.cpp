@@ -1,6 +1,6 @@
 #include "platform/linux/JSONUserDefaults.h"
 
-#include "platform/storage/TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/storage/TemporaryFolder.h"
 #include "support/Process.h"
+#include "support/TemporaryFolder.h"
 
 #include <cstddef>
 #include <optional>

@@ -1,8 +1,8 @@
 // What holds for every implementation of UserDefaults.
 
 #include "platform/linux/JSONUserDefaults.h"
-#include "platform/storage/TemporaryFolder.h"
 #include "platform/testing/FakeUserDefaults.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

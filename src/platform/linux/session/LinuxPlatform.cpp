@@ -3,7 +3,11 @@
 #include "platform/linux/CurlHTTPClient.h"
 #include "platform/linux/JSONUserDefaults.h"
 #include "platform/linux/LibsecretSecretStore.h"
+#include "platform/linux/SpawnedProcesses.h"
 #include "platform/linux/appearance/PortalDesktopAppearance.h"
+#include "platform/linux/recognition/PNGDecoder.h"
+#include "platform/linux/recognition/TesseractRecognizer.h"
+#include "platform/linux/session/DesktopWorkspace.h"
 #include "platform/linux/session/LocalEventMonitors.h"
 #include "platform/linux/session/UnavailableSession.h"
 #include "platform/linux/x11/X11Session.h"
@@ -44,6 +48,7 @@ std::unique_ptr<X11Session> makeX11Session(MainQueue &mainQueue, UserDefaults &d
       mainQueue, X11Session::Options{.toolkitConnection = x11->connection(),
                                      .pixelsPerPoint = qGuiApp->devicePixelRatio(),
                                      .holder = folder + "/lumiwren-pasteboard",
+                                     .screenshotTool = folder + "/lumiwren-screencapture",
                                      .moreTerminals = defaults.stringArrayForKey(moreTerminalsKey),
                                      .watchReadable = watchReadable});
 }
@@ -79,6 +84,11 @@ public:
   }
   Screens &screens() override { return x11_ ? x11_->screens() : unavailable_.screens; }
   PanelWindows &panelWindows() override { return x11_ ? x11_->panelWindows() : unavailable_.panelWindows; }
+  ScreenRecording &screenRecording() override {
+    return x11_ ? x11_->screenRecording() : unavailable_.screenRecording;
+  }
+  ImageDecoder &imageDecoder() override { return imageDecoder_; }
+  TextRecognizer &textRecognizer() override { return textRecognizer_; }
   HTTPClient &httpClient() override { return httpClient_; }
   SecretStore &secretStore() override { return secretStore_; }
   UserDefaults &userDefaults() override { return userDefaults_; }
@@ -89,6 +99,8 @@ public:
     }
     return *desktopAppearance_;
   }
+  ChildProcesses &childProcesses() override { return childProcesses_; }
+  Workspace &workspace() override { return workspace_; }
 
 private:
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
@@ -96,6 +108,10 @@ private:
   LibsecretSecretStore secretStore_;
   const std::unique_ptr<X11Session> x11_;
   SessionEventMonitors eventMonitors_{x11_.get()};
+  PNGDecoder imageDecoder_;
+  TesseractRecognizer textRecognizer_;
+  SpawnedProcesses childProcesses_;
+  DesktopWorkspace workspace_;
   std::optional<PortalDesktopAppearance> desktopAppearance_;
   struct {
     UnavailablePasteboard pasteboard;
@@ -103,6 +119,7 @@ private:
     UnavailableAccessibility accessibilityTrust;
     UnavailableScreens screens;
     UnavailablePanelWindows panelWindows;
+    UnavailableScreenRecording screenRecording;
   } unavailable_;
 };
 

@@ -3,6 +3,7 @@
 #include "platform/AccessibilityTrust.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
+#include "platform/ScreenRecording.h"
 #include "platform/Screens.h"
 #include "platform/SelectionCopy.h"
 
@@ -44,6 +45,12 @@ public:
   void makeKey(NativeWindow) override {}
   void resignKey(NativeWindow) override {}
   Rect frame(NativeWindow) override { return {}; }
+};
+
+class UnavailableScreenRecording : public ScreenRecording {
+public:
+  bool canRecord() override { return false; }
+  std::filesystem::path tool() override { return {}; }
 };
 
 }  // namespace lumiwren

@@ -5,6 +5,7 @@
 #include "platform/linux/x11/X11InputChannel.h"
 #include "platform/linux/x11/X11PanelWindows.h"
 #include "platform/linux/x11/X11Pasteboard.h"
+#include "platform/linux/x11/X11ScreenRecording.h"
 #include "platform/linux/x11/X11Screens.h"
 #include "platform/linux/x11/X11SelectionCopy.h"
 #include "platform/linux/x11/X11Trust.h"
@@ -34,7 +35,8 @@ struct X11Session::Facilities {
             options.moreTerminals),
         screens(questions, options.pixelsPerPoint),
         panelWindows(static_cast<xcb_connection_t *>(options.toolkitConnection), options.pixelsPerPoint,
-                     options.watchReadable) {}
+                     options.watchReadable),
+        screenRecording(questions, options.screenshotTool) {}
 
   const X11Connection questions;
   X11InputChannel channel;
@@ -44,6 +46,7 @@ struct X11Session::Facilities {
   X11Trust trust{channel};
   X11Screens screens;
   X11PanelWindows panelWindows;
+  X11ScreenRecording screenRecording;
 };
 
 X11Session::X11Session(MainQueue &mainQueue, const Options &options)
@@ -73,6 +76,10 @@ Screens &X11Session::screens() {
 
 PanelWindows &X11Session::panelWindows() {
   return facilities_->panelWindows;
+}
+
+ScreenRecording &X11Session::screenRecording() {
+  return facilities_->screenRecording;
 }
 
 }  // namespace lumiwren

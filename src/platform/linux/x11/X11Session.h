@@ -6,6 +6,7 @@
 #include "platform/EventMonitors.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
+#include "platform/ScreenRecording.h"
 #include "platform/Screens.h"
 #include "platform/SelectionCopy.h"
 
@@ -25,6 +26,7 @@ public:
     void *toolkitConnection;                 // xcb_connection_t, on which the program's windows are made
     double pixelsPerPoint;                   // the toolkit's
     std::filesystem::path holder;            // lumiwren-pasteboard
+    std::filesystem::path screenshotTool;    // lumiwren-screencapture
     std::vector<std::string> moreTerminals;  // window classes of terminal emulators that are not known
     /// See X11PanelWindows::WatchReadable.
     std::function<Handle(int fileDescriptor, std::function<void()> readable)> watchReadable;
@@ -40,6 +42,7 @@ public:
   AccessibilityTrust &accessibilityTrust();
   Screens &screens();
   PanelWindows &panelWindows();
+  ScreenRecording &screenRecording();
 
 private:
   struct Facilities;

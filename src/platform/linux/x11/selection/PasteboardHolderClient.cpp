@@ -1,18 +1,14 @@
 #include "platform/linux/x11/selection/PasteboardHolderClient.h"
 
+#include "platform/linux/Spawn.h"
 #include "platform/linux/x11/selection/PasteboardHolder.h"
 #include "platform/linux/x11/selection/PasteboardParcel.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <system_error>
 #include <utility>
@@ -25,24 +21,6 @@ using Clock = std::chrono::steady_clock;
 
 // The holder needs a millisecond; it takes longer only when the machine or the X server does.
 constexpr std::chrono::milliseconds deliveryLimit{1000};
-// Where the holder process expects its socket: after the standard files.
-constexpr int socketInHolder = 3;
-
-struct SpawnActions {
-  SpawnActions() { posix_spawn_file_actions_init(&value); }
-  SpawnActions(const SpawnActions &) = delete;
-  SpawnActions &operator=(const SpawnActions &) = delete;
-  ~SpawnActions() { posix_spawn_file_actions_destroy(&value); }
-  posix_spawn_file_actions_t value{};
-};
-
-struct SpawnAttributes {
-  SpawnAttributes() { posix_spawnattr_init(&value); }
-  SpawnAttributes(const SpawnAttributes &) = delete;
-  SpawnAttributes &operator=(const SpawnAttributes &) = delete;
-  ~SpawnAttributes() { posix_spawnattr_destroy(&value); }
-  posix_spawnattr_t value{};
-};
 
 bool waitReadable(int file, Clock::time_point deadline) {
   for (;;) {
@@ -120,33 +98,13 @@ bool PasteboardHolderClient::start(Holder kind) {
 }
 
 bool PasteboardHolderClient::startProcess(const FileDescriptor &socket) const {
-  SpawnActions actions;
-  for (const auto &[file, mode] : {std::pair{0, O_RDONLY}, std::pair{1, O_WRONLY}, std::pair{2, O_WRONLY}}) {
-    posix_spawn_file_actions_addopen(&actions.value, file, "/dev/null", mode, 0);
-  }
-  posix_spawn_file_actions_adddup2(&actions.value, socket.get(), socketInHolder);
-  posix_spawn_file_actions_addclosefrom_np(&actions.value, socketInHolder + 1);
-
-  SpawnAttributes attributes;
-  sigset_t signals;
-  sigemptyset(&signals);
-  posix_spawnattr_setsigmask(&attributes.value, &signals);
-  sigfillset(&signals);
-  posix_spawnattr_setsigdefault(&attributes.value, &signals);
-  posix_spawnattr_setflags(&attributes.value,
-                           POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-
-  auto name = executable_.filename().string();
-  const std::array<char *, 2> arguments{name.data(), nullptr};
-  pid_t child = 0;
-  if (posix_spawn(&child, executable_.c_str(), &actions.value, &attributes.value, arguments.data(),
-                  environ) != 0) {
+  const auto child = spawn(executable_, {},
+                           {.handedOver = socket.get(), .keepsStandardError = false, .hasOwnSession = true});
+  if (!child) {
     return false;
   }
   // It leaves the holding to a child of its own, so that the holder is nobody's to wait for.
-  int status = -1;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
+  const int status = waitForEnd(*child);
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
