@@ -26,7 +26,7 @@ def flags_of(commands, source):
 def extra_flags(header):
     packages = []
     if "platform/linux" in header:
-        packages += ["libcurl", "libsecret-1", "xcb", "xkbcommon"]
+        packages += ["libcurl", "libsecret-1", "xcb", "xkbcommon", "xcb-render"]
     if not packages:
         return []
     return subprocess.run(["pkg-config", "--cflags", *packages], check=True, capture_output=True,

@@ -13,6 +13,7 @@ FLOORS = {
     "platform/linux": {"base", "platform"},
     "platform/linux/x11": {"base", "platform", "platform/linux", "x11"},
     "platform/linux/pasteboardholder": {"base", "platform", "platform/linux", "platform/linux/x11", "x11"},
+    "platform/linux/screencapture": {"base", "platform", "platform/linux", "platform/linux/x11"},
     "platform/linux/appearance": {"base", "platform", "qt"},
     "platform/linux/recognition": {"base", "platform"},
     "platform/linux/session": {"base", "platform", "platform/linux", "platform/linux/appearance", "platform/linux/recognition",

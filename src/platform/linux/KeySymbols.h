@@ -9,12 +9,23 @@ namespace lumiwren {
 using KeySym = std::uint32_t;
 
 namespace keySym {
+inline constexpr KeySym space = 0x20;
 inline constexpr KeySym c = 0x63;
+inline constexpr KeySym enter = 0xff0d;  // Return
 inline constexpr KeySym scrollLock = 0xff14;
 inline constexpr KeySym escape = 0xff1b;
+inline constexpr KeySym left = 0xff51;
+inline constexpr KeySym up = 0xff52;
+inline constexpr KeySym right = 0xff53;
+inline constexpr KeySym down = 0xff54;
 inline constexpr KeySym insert = 0xff63;
 inline constexpr KeySym modeSwitch = 0xff7e;
 inline constexpr KeySym numLock = 0xff7f;
+inline constexpr KeySym keypadEnter = 0xff8d;
+inline constexpr KeySym keypadLeft = 0xff96;
+inline constexpr KeySym keypadUp = 0xff97;
+inline constexpr KeySym keypadRight = 0xff98;
+inline constexpr KeySym keypadDown = 0xff99;
 inline constexpr KeySym controlL = 0xffe3;
 inline constexpr KeySym controlR = 0xffe4;
 inline constexpr KeySym capsLock = 0xffe5;
