@@ -175,6 +175,17 @@ class Display:
                 found.append(window)
         return found
 
+    def windows_of_class(self, name):
+        """The viewable windows below the root whose program calls itself that, lowest first."""
+        found = []
+        for window in self.root.query_tree().children:
+            try:
+                if window.get_attributes().map_state == X.IsViewable and name in (window.get_wm_class() or ()):
+                    found.append(window)
+            except Xlib.error.XError:
+                continue
+        return found
+
     def stacking(self, window):
         """How high a window is, or the one it is in, among all that are on the screen."""
         while window.query_tree().parent.id != self.root.id:
