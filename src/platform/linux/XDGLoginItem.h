@@ -11,7 +11,7 @@ namespace lumiwren {
 /// is not hidden, and has not been switched off in a settings program.
 class XDGLoginItem : public LoginItem {
 public:
-  /// "autostart/lumiwren.desktop" in the user's configuration folder (XDG_CONFIG_HOME, else ~/.config).
+  /// "autostart/lumiwren.desktop" in the user's configuration folder.
   static std::filesystem::path defaultFile();
 
   /// `executable` is what logging in is to start.
