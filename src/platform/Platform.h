@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/AccessibilityTrust.h"
+#include "platform/ApplicationWindows.h"
 #include "platform/ChildProcesses.h"
 #include "platform/DesktopAppearance.h"
 #include "platform/EventMonitors.h"
 #include "platform/HTTPClient.h"
 #include "platform/Image.h"
+#include "platform/LoginItem.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
 #include "platform/ScreenRecording.h"
@@ -30,12 +32,14 @@ public:
   virtual AccessibilityTrust &accessibilityTrust() = 0;
   virtual Screens &screens() = 0;
   virtual PanelWindows &panelWindows() = 0;
+  virtual ApplicationWindows &applicationWindows() = 0;
   virtual ScreenRecording &screenRecording() = 0;
   virtual ImageDecoder &imageDecoder() = 0;
   virtual TextRecognizer &textRecognizer() = 0;
   virtual HTTPClient &httpClient() = 0;
   virtual SecretStore &secretStore() = 0;
   virtual UserDefaults &userDefaults() = 0;
+  virtual LoginItem &loginItem() = 0;
   virtual DesktopAppearance &desktopAppearance() = 0;
   virtual ChildProcesses &childProcesses() = 0;
   virtual Workspace &workspace() = 0;

@@ -2,11 +2,13 @@
 
 #include "platform/Platform.h"
 #include "platform/testing/FakeAccessibilityTrust.h"
+#include "platform/testing/FakeApplicationWindows.h"
 #include "platform/testing/FakeChildProcesses.h"
 #include "platform/testing/FakeDesktopAppearance.h"
 #include "platform/testing/FakeEventMonitors.h"
 #include "platform/testing/FakeHTTPClient.h"
 #include "platform/testing/FakeImageDecoder.h"
+#include "platform/testing/FakeLoginItem.h"
 #include "platform/testing/FakePanelWindows.h"
 #include "platform/testing/FakePasteboard.h"
 #include "platform/testing/FakeScreenRecording.h"
@@ -32,6 +34,8 @@ public:
   FakeSecretStore &secretStore() override { return secretStore_; }
   FakeUserDefaults &userDefaults() override { return userDefaults_; }
   FakeDesktopAppearance &desktopAppearance() override { return desktopAppearance_; }
+  FakeApplicationWindows &applicationWindows() override { return applicationWindows_; }
+  FakeLoginItem &loginItem() override { return loginItem_; }
   FakeScreenRecording &screenRecording() override { return screenRecording_; }
   FakeImageDecoder &imageDecoder() override { return imageDecoder_; }
   FakeTextRecognizer &textRecognizer() override { return textRecognizer_; }
@@ -49,6 +53,8 @@ private:
   FakeSecretStore secretStore_;
   FakeUserDefaults userDefaults_;
   FakeDesktopAppearance desktopAppearance_;
+  FakeApplicationWindows applicationWindows_;
+  FakeLoginItem loginItem_;
   FakeScreenRecording screenRecording_;
   FakeImageDecoder imageDecoder_;
   FakeTextRecognizer textRecognizer_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/AccessibilityTrust.h"
+#include "platform/ApplicationWindows.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
 #include "platform/ScreenRecording.h"
@@ -45,6 +46,12 @@ public:
   void makeKey(NativeWindow) override {}
   void resignKey(NativeWindow) override {}
   Rect frame(NativeWindow) override { return {}; }
+};
+
+class UnavailableApplicationWindows : public ApplicationWindows {
+public:
+  void activate(NativeWindow) override {}
+  void setFloating(NativeWindow) override {}
 };
 
 class UnavailableScreenRecording : public ScreenRecording {
