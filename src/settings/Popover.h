@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QPoint>
+#include <QSize>
+#include <QWidget>
+
+namespace lumiwren {
+
+/// A small window that hangs at a place of the screen, above everything, until the user acts elsewhere or
+/// presses Escape. It has the keyboard meanwhile. Main thread.
+class Popover : public QWidget {
+  Q_OBJECT
+
+public:
+  /// Takes the view over. `contentSize` is what the popover shows at least; its height grows to what the view
+  /// needs, within the screen.
+  Popover(QWidget *contentView, QSize contentSize);
+
+  bool isShown() const { return isVisible(); }
+  /// Shows the popover beside a point of the desktop, below it where there is room.
+  void showAt(QPoint anchor);
+  void performClose();
+
+protected:
+  void keyPressEvent(QKeyEvent *event) override;
+  void paintEvent(QPaintEvent *event) override;
+
+private:
+  QWidget *const contentView_;
+  const QSize contentSize_;
+};
+
+}  // namespace lumiwren
