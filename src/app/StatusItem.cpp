@@ -31,16 +31,14 @@ QPoint onDesktop(QPoint position) {
 
 }  // namespace
 
-StatusItem::StatusItem(std::function<void()> onQuit, std::function<void(QPoint)> onActivate)
-    : onActivate_(onActivate ? std::move(onActivate) : [this](QPoint position) { menu_.popup(position); }),
+StatusItem::StatusItem(std::function<void(QPoint)> onActivate)
+    : onActivate_(std::move(onActivate)),
       bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QLatin1String(connectionName))),
       busMenu_(bus_, QStringLiteral("/MenuBar")),
       item_(bus_, QStringLiteral("/MenuBar"),
             {.activate = [this](QPoint position) { onActivate_(onDesktop(position)); },
              .showMenu = [this](QPoint position) { menu_.popup(onDesktop(position)); },
-             .registered = [this](bool registered) { showFallback(!registered); }}) {
-  setEntries({{.id = 1, .label = QStringLiteral("Quit"), .action = std::move(onQuit)}});
-}
+             .registered = [this](bool registered) { showFallback(!registered); }}) {}
 
 StatusItem::~StatusItem() {
   QDBusConnection::disconnectFromBus(QLatin1String(connectionName));

@@ -15,6 +15,7 @@
 #include "platform/SecretStore.h"
 #include "platform/SelectionCopy.h"
 #include "platform/TextRecognizer.h"
+#include "platform/Updater.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
 
@@ -43,6 +44,7 @@ public:
   virtual DesktopAppearance &desktopAppearance() = 0;
   virtual ChildProcesses &childProcesses() = 0;
   virtual Workspace &workspace() = 0;
+  virtual Updater &updater() = 0;
 };
 
 }  // namespace lumiwren

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/ActionDispatch.h"
+#include "app/AppDelegate.h"
 #include "app/TestApplication.h"
 #include "platform/testing/FakePlatform.h"
 #include "support/TemporaryFolder.h"
@@ -22,8 +22,10 @@ protected:
                                Secret::copyOf("sk-test"));
   }
 
-  ActionDispatch::Services services() {
-    return {platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup};
+  AppDelegate::Services services() {
+    return {{platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup},
+            launchAtLogin,
+            updates};
   }
 
   FakePlatform platform;
@@ -32,6 +34,8 @@ protected:
   OpenAIAPIService service{
       platform.httpClient(), keychain, mainQueue, {.baseURL = "http://127.0.0.1/", .model = "a-model"}};
   CustomActionManager actions{platform.userDefaults()};
+  LaunchAtLoginManager launchAtLogin{platform.loginItem(), platform.userDefaults(), mainQueue};
+  UpdateManager updates{platform.updater()};
   HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
   const TemporaryFolder captureFolder;
   ScreenCaptureManager screenCapture{platform.screenRecording(), platform.childProcesses(),

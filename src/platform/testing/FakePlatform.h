@@ -16,6 +16,7 @@
 #include "platform/testing/FakeSecretStore.h"
 #include "platform/testing/FakeSelectionCopy.h"
 #include "platform/testing/FakeTextRecognizer.h"
+#include "platform/testing/FakeUpdater.h"
 #include "platform/testing/FakeUserDefaults.h"
 #include "platform/testing/FakeWorkspace.h"
 
@@ -41,6 +42,7 @@ public:
   FakeTextRecognizer &textRecognizer() override { return textRecognizer_; }
   FakeChildProcesses &childProcesses() override { return childProcesses_; }
   FakeWorkspace &workspace() override { return workspace_; }
+  FakeUpdater &updater() override { return updater_; }
 
 private:
   FakeEventMonitors eventMonitors_;
@@ -60,6 +62,7 @@ private:
   FakeTextRecognizer textRecognizer_;
   FakeChildProcesses childProcesses_;
   FakeWorkspace workspace_;
+  FakeUpdater updater_;
 };
 
 }  // namespace lumiwren::testing

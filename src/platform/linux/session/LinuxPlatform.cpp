@@ -106,6 +106,7 @@ public:
   }
   ChildProcesses &childProcesses() override { return childProcesses_; }
   Workspace &workspace() override { return workspace_; }
+  Updater &updater() override { return unavailable_.updater; }
 
 private:
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
@@ -127,6 +128,7 @@ private:
     UnavailablePanelWindows panelWindows;
     UnavailableApplicationWindows applicationWindows;
     UnavailableScreenRecording screenRecording;
+    UnavailableUpdater updater;
   } unavailable_;
 };
 
