@@ -18,9 +18,11 @@ constexpr QSize popoverSize(220, 220);
 
 }  // namespace
 
-AppDelegate::AppDelegate(const Services &services, Windows windows, std::function<void()> terminate)
+AppDelegate::AppDelegate(const Services &services, QDBusConnection bus, Windows windows,
+                         std::function<void()> terminate)
     : services_(services),
       windows_(std::move(windows)),
+      bus_(std::move(bus)),
       terminate_(std::move(terminate)),
       dispatch_(services, {.showAccessibilityAlert = [this] { showAccessibilityAlert(); },
                            .showScreenRecordingAlert = [this] { showScreenRecordingAlert(); }}) {}
@@ -54,7 +56,7 @@ void AppDelegate::togglePopover(QPoint anchor) {
 }
 
 void AppDelegate::setupMenuBar() {
-  statusItem_.emplace([this](QPoint anchor) { togglePopover(anchor); });
+  statusItem_.emplace(bus_, [this](QPoint anchor) { togglePopover(anchor); });
   showStatusMenu();
   actionsObservation_ = services_.actions.actionsChanged.observe([this] { showStatusMenu(); });
   launchAtLoginObservation_ = services_.launchAtLogin.observe([this] { showStatusMenu(); });

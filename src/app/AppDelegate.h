@@ -7,6 +7,7 @@
 #include "settings/MenuBarView.h"
 #include "settings/Popover.h"
 
+#include <QDBusConnection>
 #include <QPoint>
 
 #include <functional>
@@ -31,8 +32,10 @@ public:
     std::function<void()> showFirstLaunchWindow;
   };
 
-  /// `terminate` ends the program's event loop.
-  AppDelegate(const Services &services, Windows windows, std::function<void()> terminate);
+  /// `bus` is the session bus, on a connection of the program's own. `terminate` ends the program's event
+  /// loop.
+  AppDelegate(const Services &services, QDBusConnection bus, Windows windows,
+              std::function<void()> terminate);
 
   void applicationDidFinishLaunching();
   void applicationWillTerminate();
@@ -58,6 +61,7 @@ private:
 
   const Services services_;
   const Windows windows_;
+  const QDBusConnection bus_;
   const std::function<void()> terminate_;
   std::optional<StatusItem> statusItem_;
   MenuBarView *menuBarView_ = nullptr;  // the popover's

@@ -21,7 +21,8 @@ namespace lumiwren {
 class StatusItem {
 public:
   /// `onActivate` gets where the icon was chosen, in Qt's coordinates of the desktop.
-  explicit StatusItem(std::function<void(QPoint)> onActivate);
+  /// `bus` is a connection that ends with this object, because panels drop the item when its connection ends.
+  StatusItem(const QDBusConnection &bus, std::function<void(QPoint)> onActivate);
   StatusItem(const StatusItem &) = delete;
   StatusItem &operator=(const StatusItem &) = delete;
   ~StatusItem();
@@ -33,7 +34,6 @@ private:
   void showFallback(bool shown);
 
   std::function<void(QPoint)> onActivate_;
-  // A connection of its own, because panels drop the item when its connection ends.
   QDBusConnection bus_;
   QMenu menu_;
   DBusMenu busMenu_;

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDBusConnection>
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
@@ -34,7 +35,7 @@ protected:
   ~AppDelegateTest() override { mainQueue.close(); }
 
   void launch() {
-    delegate.emplace(services(),
+    delegate.emplace(services(), QDBusConnection(QStringLiteral("no bus")),
                      AppDelegate::Windows{.showActions = [this] { shown.emplace_back("actions"); },
                                           .showAPIKeyInput = [this] { shown.emplace_back("key"); },
                                           .showAbout = [this] { shown.emplace_back("about"); },

@@ -4,16 +4,19 @@
 #include "app/StatusItem.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 
 #include <cstdio>
 
 int main(int argc, char **argv) {
   const QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
-  lumiwren::StatusItem item([](QPoint position) {
-    std::printf("activated %d %d\n", position.x(), position.y());
-    std::fflush(stdout);
-  });
+  lumiwren::StatusItem item(
+      QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("item")),
+      [](QPoint position) {
+        std::printf("activated %d %d\n", position.x(), position.y());
+        std::fflush(stdout);
+      });
   item.setEntries({{.id = 1, .label = QStringLiteral("Quit"), .action = [] {
                       std::puts("quit");
                       QApplication::quit();
