@@ -134,11 +134,11 @@ PixelPoint labelPlace(const PixelRect &size, const PixelRect &drawn, PixelPoint 
       const PixelRect covered = intersection(label, drawn);
       const long away =
           std::abs(place.x + size.width / 2 - corner.x) + std::abs(place.y + size.height / 2 - corner.y);
-      // The pointer itself must be seen; then a covered pixel weighs as much as one of distance.
-      const bool coversPointer =
-          contains({label.x - gap / 2, label.y - gap / 2, label.width + gap, label.height + gap}, corner);
-      const long cost = (coversPointer ? 1'000'000L : 0L) + away +
-                        static_cast<long>(covered.width) * covered.height / std::max(size.height, 1);
+      // The pointer itself must be seen; a covered column of the rectangle weighs as much as four of
+      // distance.
+      const PixelRect around{label.x - gap / 2, label.y - gap / 2, label.width + gap, label.height + gap};
+      const long cost = (contains(around, corner) ? 1'000'000L : 0L) + away +
+                        4L * covered.width * covered.height / std::max(size.height, 1);
       if (cost < leastCost) {
         leastCost = cost;
         best = place;
