@@ -61,7 +61,7 @@ def sizes(display):
 def typing_reaches(editor, text):
     """Whether keys still get to the editor."""
     editor.display.type(text)
-    wait_until(lambda: text in editor.typed(), "what was typed in the editor")
+    wait_until(lambda: text in (editor.typed() or ""), "what was typed in the editor")
     return True
 
 

@@ -68,7 +68,7 @@ CaptureWindow::CaptureWindow(const CaptureDisplay &display, const FrozenScreen &
   xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                       sizeof windowClass, windowClass);
   // Under a compositor no window is ever obscured as far as the server tells, so the others are watched.
-  const std::uint32_t rootEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+  const std::uint32_t rootEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   xcb_change_window_attributes(server_, screen.root, XCB_CW_EVENT_MASK, &rootEvents);
 }
 

@@ -10,8 +10,9 @@ namespace lumiwren {
 /// in the server, out of sight, and only where it differs from the one before.
 class CaptureWindow {
 public:
-  /// Makes the window, which is not shown yet. `cursor` is the pointer's shape over it, with the hot spot in
-  /// the middle. What is given by reference outlives this object.
+  /// Makes the window, which is not shown yet, and asks for the events of the root window that concern it or
+  /// the screen itself. `cursor` is the pointer's shape over it, with the hot spot in the middle. What is
+  /// given by reference outlives this object.
   CaptureWindow(const CaptureDisplay &display, const FrozenScreen &picture, const Sprite &cursor);
   CaptureWindow(const CaptureWindow &) = delete;
   CaptureWindow &operator=(const CaptureWindow &) = delete;
