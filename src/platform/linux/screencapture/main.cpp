@@ -1,7 +1,7 @@
 // lumiwren-screencapture lets the user choose a region of the screen and writes its pixels to a PNG file.
 
 #include "platform/linux/screencapture/NewFile.h"
-#include "platform/linux/screencapture/PNG.h"
+#include "platform/linux/screencapture/PNGEncoder.h"
 #include "platform/linux/screencapture/RegionChooser.h"
 #include "platform/linux/x11/capture/CaptureStage.h"
 
@@ -9,10 +9,12 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <span>
 #include <string_view>
 #include <system_error>
 
@@ -61,7 +63,10 @@ bool capture(const std::filesystem::path &path) {
   stage.hide();
   const bool accepted = outcome == RegionChooser::Outcome::Accepted;
   if (accepted) {
-    file.complete(png(stage.pixels(chooser.region())));
+    const PixelRect region = chooser.region();
+    PNGEncoder picture(region.width, region.height, stage.bitsPerSample());
+    stage.readRows(region, [&picture](std::span<const std::uint8_t> row) { picture.addRow(row); });
+    file.complete(picture.finish());
   }
   stage.waitForRelease();
   return accepted;

@@ -1,5 +1,7 @@
 #include "platform/linux/x11/capture/PixelFormat.h"
 
+#include "base/Bytes.h"
+
 #include <gtest/gtest.h>
 
 namespace lumiwren {
@@ -35,9 +37,10 @@ TEST(PixelFormat, ColoursAreExact) {
            Case{"15 bits, blue", lower, {0x1f, 0, 0, 0}, 8, {0, 0, 255}},
        }) {
     ASSERT_TRUE(row.format.isSupported()) << row.name;
-    const RGBImage image = rgbImage(row.pixel, 1, 1, row.format);
-    EXPECT_EQ(image.bitsPerSample, row.bitsPerSample) << row.name;
-    EXPECT_EQ(image.samples, row.samples) << row.name;
+    Bytes samples(row.format.samplesPerRow(1));
+    row.format.rgbRow(row.pixel, samples);
+    EXPECT_EQ(row.format.bitsPerSample(), row.bitsPerSample) << row.name;
+    EXPECT_EQ(samples, row.samples) << row.name;
   }
 }
 
@@ -48,8 +51,9 @@ TEST(PixelFormat, RowsEndAtTheServersAlignment) {
   const PixelFormat narrow{.bitsPerPixel = 16};
   EXPECT_EQ(narrow.bytesPerRow(3), 8U);
   EXPECT_EQ(PixelFormat{}.bytesPerRow(3), 12U);
-  const Bytes rows{3, 2, 1, 0, 6, 5, 4, 0};
-  EXPECT_EQ(rgbImage(rows, 1, 2, packed).samples, (Bytes{1, 2, 3, 4, 5, 6}));
+  Bytes samples(packed.samplesPerRow(2));
+  packed.rgbRow(Bytes{3, 2, 1, 6, 5, 4, 0, 0}, samples);
+  EXPECT_EQ(samples, (Bytes{1, 2, 3, 4, 5, 6}));
 }
 
 TEST(PixelFormat, OtherScreensAreNotSupported) {

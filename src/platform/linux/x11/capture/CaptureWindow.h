@@ -4,6 +4,8 @@
 #include "platform/linux/x11/capture/CaptureScene.h"
 #include "platform/linux/x11/capture/FrozenScreen.h"
 
+#include <vector>
+
 namespace lumiwren {
 
 /// The window that covers the whole screen and shows the frozen picture of it. Every picture is put together
@@ -33,19 +35,25 @@ public:
   void handle(const xcb_generic_event_t &event);
 
 private:
-  void paint(const PixelRegion &region);
-  void paintSprite(const CaptureScene::PlacedSprite &sprite) const;
+  /// A sprite of the scene, in the server.
+  struct Uploaded {
+    PixelRect rect;
+    xcb_render_picture_t picture;
+  };
+
+  /// Puts the scene together and shows it in `region`.
+  void paint(const PixelRegion &region) const;
+  void paintTile(const PixelRect &tile, const std::vector<Uploaded> &sprites) const;
   /// The sprite in the server; to be freed.
   xcb_render_picture_t picture(const Sprite &sprite) const;
-  void copyToWindow(const PixelRegion &region) const;
   void raise();
 
   const CaptureDisplay &display_;
   const FrozenScreen &frozen_;
   xcb_connection_t *server_;
   xcb_window_t window_;
-  xcb_pixmap_t canvas_;
-  xcb_render_picture_t canvasPicture_;
+  xcb_pixmap_t tile_;  // where a part is put together before it is shown
+  xcb_render_picture_t tilePicture_;
   xcb_gcontext_t context_;
   xcb_cursor_t cursor_;
   CaptureScene scene_;
