@@ -28,8 +28,6 @@ private:
 
   Bytes file_;
   std::size_t dataStart_ = 0;
-  Bytes above_;
-  Bytes filtered_;
   std::unique_ptr<Deflater> deflater_;
 };
 
