@@ -50,9 +50,11 @@ class Application:
 class GtkEditor(Application):
     """A text view. what: "text"; "image" copies a picture and no text; "closing" closes at Alt+Shift+E."""
 
-    def __init__(self, desktop, text, title="GTK editor", what="text", state="normal", place=(40, 40)):
+    def __init__(self, desktop, text, title="GTK editor", what="text", state="normal", place=(40, 40),
+                 **environment):
         helper = pathlib.Path(__file__).parent / "helpers/gtk_editor.py"
-        super().__init__(desktop, ["/usr/bin/python3", str(helper), title, text, what, state, *map(str, place)], title)
+        super().__init__(desktop, ["/usr/bin/python3", str(helper), title, text, what, state, *map(str, place)], title,
+                         **environment)
 
     def typed(self):
         """What the window shows now, as a reader of the screen would get it by selecting all."""

@@ -49,7 +49,7 @@ class Screencapture:
         """Waits until the tool has the mouse, though another program has the session's pointer."""
         self.wait_shown()
         x, y = self.display.pointer()
-        wait_until(lambda: self.colour(x - 7, y) == (255, 255, 255), "the drawn pointer")
+        wait_until(lambda: self.colour(x - 9, y) == (255, 255, 255), "the drawn pointer")
         return self
 
     def colour(self, x, y):

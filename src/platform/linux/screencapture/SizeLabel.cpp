@@ -24,6 +24,7 @@ constexpr double paddingX = 8;
 constexpr double paddingY = 6.5;
 constexpr double cornerRadius = 6;
 constexpr double gapToPointer = 14;
+constexpr double gapToEdge = 6;
 
 using Strokes = std::vector<Stroke>;
 
@@ -121,8 +122,9 @@ PixelPoint labelPlace(const PixelRect &size, const PixelRect &drawn, PixelPoint 
   const int right = drawn.x + drawn.width - 1;
   const int bottom = drawn.y + drawn.height - 1;
   const PixelRect &frame = monitor.frame;
-  const auto keptInside = [](int place, int extent, int start, int room) {
-    return std::max(start, std::min(place, start + room - extent));
+  const int margin = whole(gapToEdge * monitor.scale);
+  const auto keptInside = [margin](int place, int extent, int start, int room) {
+    return std::max(start + margin, std::min(place, start + room - margin - extent));
   };
   PixelPoint best;
   long leastCost = std::numeric_limits<long>::max();

@@ -60,13 +60,18 @@ bool capture(const std::filesystem::path &path) {
   if (!decided) {
     return false;
   }
-  stage.hide();
   const bool accepted = outcome == RegionChooser::Outcome::Accepted;
+  Bytes picture;
   if (accepted) {
+    // Before the overlay goes: then every program below draws itself, and the server is busy with that.
     const PixelRect region = chooser.region();
-    PNGEncoder picture(region.width, region.height, stage.bitsPerSample());
-    stage.readRows(region, [&picture](std::span<const std::uint8_t> row) { picture.addRow(row); });
-    file.complete(picture.finish());
+    PNGEncoder encoder(region.width, region.height, stage.bitsPerSample());
+    stage.readRows(region, [&encoder](std::span<const std::uint8_t> row) { encoder.addRow(row); });
+    picture = encoder.finish();
+  }
+  stage.hide();
+  if (accepted) {
+    file.complete(picture);
   }
   stage.waitForRelease();
   return accepted;
