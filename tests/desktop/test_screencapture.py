@@ -223,6 +223,19 @@ def test_everything_is_frozen_as_it_was_at_the_start(desktop, editor):
     assert tool.finish() == expected
 
 
+def test_windows_without_a_window_manager_are_in_the_picture(desktop):
+    display = desktop.display
+    window = display.root.create_window(320, 210, 50, 20, 0, X.CopyFromParent, background_pixel=0xFF8000,
+                                        override_redirect=True)
+    window.map()
+    expected = still_screen(display, REGION, lambda pixels: b"\xff\x80\x00" * 50 in pixels[2])
+    tool = Screencapture(desktop).wait_shown()
+    window.destroy()
+    display.x.sync()
+    tool.drag(START, END)
+    assert tool.finish() == expected
+
+
 def test_monitors_left_of_and_above_the_primary_one_and_the_gap_between_them(desktop, editor):
     monitors = {"LEFT": Frame(0, 300, 400, 500), "ABOVE": Frame(400, 0, 880, 240), "MAIN": Frame(400, 240, 880, 560)}
     for name, frame in monitors.items():
@@ -516,6 +529,8 @@ def test_in_a_folder_for_everybody_an_ordinary_user_gets_a_picture(desktop):
     tool.path = folder / "picture.png"
     tool.process = desktop.launch(argv, cwd=folder)
     tool.wait_shown()
+    # The memory of a process that may leave a core file belongs to its user.
+    assert os.stat(f"/proc/{tool.process.pid}/maps").st_uid == 0
     tool.drag(START, END)
     assert tool.finish() == expected
     assert pathlib.Path(tool.path).stat().st_mode & 0o7777 == 0o600
