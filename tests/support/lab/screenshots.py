@@ -256,8 +256,19 @@ def choose_region(look, scale, wanted, folder):
         display = desktop.display
         display.root.change_attributes(background_pixel=0x2B3A4A if look == "dark" else 0x9FB6CC)
         display.root.clear_area()
-        GtkEditor(desktop, EVERY_KIND, place=(int(40 * scale), int(40 * scale)),
-                  GTK_THEME="Adwaita:dark" if look == "dark" else "Adwaita", GDK_SCALE=str(scale))
+        editor = GtkEditor(desktop, EVERY_KIND, place=(int(40 * scale), int(40 * scale)),
+                           GTK_THEME="Adwaita:dark" if look == "dark" else "Adwaita", GDK_SCALE=str(scale))
+        wait_until(lambda: len(set(bytes(display.pixels(editor.frame)[0]))) > 20, "the editor's text")
+
+        def settle():
+            seen = []
+
+            def still():
+                seen.append(bytes(display.pixels(Frame(0, 0, *desktop.size))[0]))
+                return len(seen) > 2 and len(set(seen[-3:])) == 1
+
+            wait_until(still, "the screen to stand still", interval=0.06)
+
         for state, name in wanted.items():
             start, end = (point and tuple(int(part * scale) for part in point) for point in REGION_STATES[state])
             display.move(*start)
@@ -270,13 +281,7 @@ def choose_region(look, scale, wanted, folder):
                 tool.wait_pointer_drawn()
             if end:
                 tool.drag(start, end, follows=not menu)
-            seen = []
-
-            def still():
-                seen.append(bytes(display.pixels(Frame(0, 0, desktop.size[0], desktop.size[1]))[0]))
-                return len(seen) > 2 and len(set(seen[-3:])) == 1
-
-            wait_until(still, "the overlay to be drawn", interval=0.06)
+            settle()
             display.screenshot(folder / f"{name}.png")
             print(folder / f"{name}.png", flush=True)
             display.press("Escape")
