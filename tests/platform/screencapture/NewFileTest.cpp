@@ -1,6 +1,6 @@
 #include "platform/linux/screencapture/NewFile.h"
 
-#include "platform/storage/TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
