@@ -14,14 +14,14 @@ import subprocess
 import sys
 import time
 
-from lab import Desktop, GtkEditor, Lumiwren, StandInService, wait_until
+from lab import Desktop, GtkEditor, Lumiwren, Screencapture, StandInService, wait_until
 from lab.process import leftovers
 from Xlib import X
 from Xlib.ext import damage
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
 os.environ["LUMIWREN_BIN"] = str(BUILD / "bin/lumiwren")
-START_ROUNDS, HOTKEY_ROUNDS, WIRE_ROUNDS = 15, 20, 20
+START_ROUNDS, HOTKEY_ROUNDS, WIRE_ROUNDS, CAPTURE_ROUNDS = 15, 20, 20, 12
 IDLE_SECONDS = 30
 CAPTURE_WAIT = 150  # ms; the fixed wait of every capture
 GOLDENDICT = """<config><preferences>
@@ -172,6 +172,59 @@ def measure_hotkey():
             row("hotkey-pixel", "ms", ours[1], 0.5, "goldendict's scan popup", theirs[1])]
 
 
+# -- from the hotkey to the region, and from the region to its picture ----------------------------------------
+
+def measure_overlay():
+    """Until the frozen screen can be seen. The reference is started as its own shortcut would start it."""
+    ours, theirs = [], []
+    with Desktop() as desktop, StandInService() as service:
+        GtkEditor(desktop, "wren")
+        lumiwren = Lumiwren(desktop, service, accessible=False)
+        desktop.display.move(660, 320)
+        watch = WindowWatch(desktop.display)
+
+        def start_reference():
+            with open(os.devnull, "w") as null:
+                children.append(subprocess.Popen(["flameshot", "gui"], env={**desktop.env, "LUMIWREN_LAB": desktop.mark},
+                                                 stdin=null, stdout=null, stderr=null, process_group=0))
+
+        children = []
+        for number in range(CAPTURE_ROUNDS + 1):
+            for times, start in ((ours, lambda: lumiwren.press_hotkey("s")), (theirs, start_reference)):
+                appearance = watch.appearance(start)
+                if number:  # the first time both are read from the disk
+                    times.append(appearance[1])
+                wait_until(lambda: quiet(desktop), "the overlay to be drawn")
+                desktop.display.press("Escape")
+                for child in children:
+                    child.wait()
+                children.clear()
+                wait_until(lambda: quiet(desktop), "both programs to be idle")
+        watch.close()
+    return [row("overlay", "ms", ours, 0.3, "flameshot gui", theirs)]
+
+
+def measure_capture_png():
+    """From letting the button go to the complete file."""
+    results = []
+    for name, corner, budget in (("capture-png", (899, 499), 15), ("capture-png-4k", (3939, 2259), 150)):
+        times = []
+        with Desktop(size=(3940, 2260), keyring=False, tray_host=False) as desktop:
+            GtkEditor(desktop, "The selected text " * 200, state="fullscreen")
+            for _ in range(CAPTURE_ROUNDS + 1):
+                tool = Screencapture(desktop).wait_shown()
+                tool.drag((100, 100), corner)
+                wait_until(lambda: quiet(desktop), "the rectangle to be drawn")
+                let_go = time.monotonic()
+                desktop.display.button_up()
+                wait_until(tool.path.exists, "the picture", interval=0.0002)
+                times.append((time.monotonic() - let_go) * 1000)
+                assert tool.process.wait() == 0
+                tool.path.unlink()
+        results.append(row(name, "ms", times[1:], budget))
+    return results
+
+
 def cpu_time(pids):
     """Nanoseconds that the processes have run so far."""
     return sum(int(schedstat.read_text().split()[0]) for pid in pids
@@ -263,7 +316,9 @@ def measure_rest(rows):
 
 HERE = {"start": measure_start, "start-peer": measure_start, "hotkey-map": measure_hotkey,
         "hotkey-pixel": measure_hotkey, "press-to-wire": measure_wire, "memory-idle": measure_rest,
-        "memory-used": measure_rest, "idle-wakeups": measure_rest, "idle-cpu": measure_rest}
+        "memory-used": measure_rest, "overlay": measure_overlay,
+        "capture-png": measure_capture_png, "capture-png-4k": measure_capture_png, "idle-wakeups": measure_rest,
+        "idle-cpu": measure_rest}
 
 
 def from_programs(wanted):

@@ -50,9 +50,11 @@ class Application:
 class GtkEditor(Application):
     """A text view. what: "text"; "image" copies a picture and no text; "closing" closes at Alt+Shift+E."""
 
-    def __init__(self, desktop, text, title="GTK editor", what="text", state="normal", place=(40, 40)):
+    def __init__(self, desktop, text, title="GTK editor", what="text", state="normal", place=(40, 40),
+                 **environment):
         helper = pathlib.Path(__file__).parent / "helpers/gtk_editor.py"
-        super().__init__(desktop, ["/usr/bin/python3", str(helper), title, text, what, state, *map(str, place)], title)
+        super().__init__(desktop, ["/usr/bin/python3", str(helper), title, text, what, state, *map(str, place)], title,
+                         **environment)
 
     def typed(self):
         """What the window shows now, as a reader of the screen would get it by selecting all."""
@@ -135,3 +137,22 @@ class VteTerminal(Terminal):
     def __init__(self, desktop, text):
         helper = pathlib.Path(__file__).parent / "helpers/vte_terminal.py"
         super().__init__(desktop, ["/usr/bin/python3", str(helper), "VTE"], "VTE", text)
+
+
+class GtkMenu(Application):
+    """A window with a menu of four entries. `seen()` is what has reached it."""
+
+    def __init__(self, desktop, place=(100, 100)):
+        helper = pathlib.Path(__file__).parent / "helpers/gtk_menu.py"
+        super().__init__(desktop, ["/usr/bin/python3", str(helper), "GTK menu", *map(str, place)], "GTK menu")
+
+    def seen(self):
+        return self.process.output.splitlines()
+
+    def open(self):
+        """Opens the menu; where the first entry is."""
+        self.focus()
+        x, y = self.frame.x + 50, self.frame.y + 60
+        self.display.click(x, y, button=3)
+        wait_until(lambda: "opened" in self.seen() and self.seen().count("button-release-event 3") >= 1, "the menu")
+        return x + 20, y + 12

@@ -107,9 +107,11 @@ class Display:
         """The modifier mask without locks and buttons."""
         return self.root.query_pointer().mask & (X.ShiftMask | X.ControlMask | X.Mod1Mask | X.Mod4Mask)
 
-    def move(self, x, y):
+    def move(self, x, y, follows=True):
+        """`follows`: the session's pointer goes along, as it does unless a program has taken the mouse itself."""
         self._fake(X.MotionNotify, x=x, y=y)
-        wait_until(lambda: self.pointer() == (x, y), f"the pointer at {x}, {y}")
+        if follows:
+            wait_until(lambda: self.pointer() == (x, y), f"the pointer at {x}, {y}")
 
     def pointer(self):
         place = self.root.query_pointer()

@@ -1,4 +1,4 @@
-"""Draws every state of the panel, of the real program on a real desktop: python3 -m lab.screenshots PROGRAM FOLDER [WORD...]
+"""Draws every state of the panel, and the choice of a region, of the real program on a real desktop: python3 -m lab.screenshots PROGRAM FOLDER [WORD...]
 
 Each picture is that of the panel and a little of what is around it, named after look, scale and state. Words choose
 the pictures whose names hold all of them.
@@ -8,7 +8,7 @@ import os
 import pathlib
 import sys
 
-from . import Desktop, Frame, GtkEditor, Lumiwren, SettingsPortal, StandInService, wait_until
+from . import Desktop, Frame, GtkEditor, Lumiwren, Screencapture, SettingsPortal, StandInService, wait_until
 
 MARGIN = 28  # around the panel, in points
 SIZE = 900, 680  # of the desktop, in points
@@ -245,6 +245,53 @@ def wide(studio):
     return panel
 
 
+# Of the choice of a region: where the pointer is first, and where the drag ends if there is one (in points).
+REGION_STATES = {"region-crosshair": ((330, 214), None), "region-drawn": ((96, 118), (480, 260)),
+                 "region-corner": ((640, 520), (899, 679)), "region-in-menu": ((400, 300), (600, 430))}
+
+
+def choose_region(look, scale, wanted, folder):
+    """Draws the states of the choice of a region, over a text in front of a plain desktop."""
+    with Desktop(size=(int(SIZE[0] * scale), int(SIZE[1] * scale)), keyring=False, tray_host=False) as desktop:
+        display = desktop.display
+        display.root.change_attributes(background_pixel=0x2B3A4A if look == "dark" else 0x9FB6CC)
+        display.root.clear_area()
+        editor = GtkEditor(desktop, EVERY_KIND, place=(int(40 * scale), int(40 * scale)),
+                           GTK_THEME="Adwaita:dark" if look == "dark" else "Adwaita", GDK_SCALE=str(scale))
+        wait_until(lambda: len(set(bytes(display.pixels(editor.frame)[0]))) > 20, "the editor's text")
+
+        def settle():
+            seen = []
+
+            def still():
+                seen.append(bytes(display.pixels(Frame(0, 0, *desktop.size))[0]))
+                return len(seen) > 2 and len(set(seen[-3:])) == 1
+
+            wait_until(still, "the screen to stand still", interval=0.06)
+
+        for state, name in wanted.items():
+            start, end = (point and tuple(int(part * scale) for part in point) for point in REGION_STATES[state])
+            display.move(*start)
+            menu = state == "region-in-menu"
+            if menu:
+                display.click(*(int(part * scale) for part in (120, 100)), button=3)
+                wait_until(lambda: display.windows_of_type("POPUP_MENU"), "the menu")
+            tool = Screencapture(desktop, QT_SCALE_FACTOR=str(scale)).wait_shown()
+            if menu:
+                tool.wait_pointer_drawn()
+            if end:
+                tool.drag(start, end, follows=not menu)
+            settle()
+            display.screenshot(folder / f"{name}.png")
+            print(folder / f"{name}.png", flush=True)
+            display.press("Escape")
+            tool.process.wait()
+            if end:
+                display.button_up()
+            if menu:
+                display.press("Escape")
+
+
 TURNING = {loading}
 STATES = {"loading": loading, "first-chunk": first_chunk, "every-kind": every_kind, "long-answer": long_answer,
           "follow-up": follow_up, "disabled-field": disabled_field, "error-alone": error_alone,
@@ -275,6 +322,13 @@ def main():
                 studio.picture(panel, folder / f"{name}.png", STATES[state] not in TURNING)
                 print(folder / f"{name}.png", flush=True)
                 studio.close()
+
+    for look in ("light", "dark"):
+        for scale in (1, 2):
+            names = {state: f"{look}-{scale}x-{state}" for state in REGION_STATES}
+            wanted = {state: name for state, name in names.items() if all(word in name for word in words)}
+            if wanted:
+                choose_region(look, scale, wanted, folder)
 
 
 if __name__ == "__main__":

@@ -24,6 +24,7 @@ constexpr double paddingX = 8;
 constexpr double paddingY = 6.5;
 constexpr double cornerRadius = 6;
 constexpr double gapToPointer = 14;
+constexpr double gapToEdge = 6;
 
 using Strokes = std::vector<Stroke>;
 
@@ -121,8 +122,9 @@ PixelPoint labelPlace(const PixelRect &size, const PixelRect &drawn, PixelPoint 
   const int right = drawn.x + drawn.width - 1;
   const int bottom = drawn.y + drawn.height - 1;
   const PixelRect &frame = monitor.frame;
-  const auto keptInside = [](int place, int extent, int start, int room) {
-    return std::max(start, std::min(place, start + room - extent));
+  const int margin = whole(gapToEdge * monitor.scale);
+  const auto keptInside = [margin](int place, int extent, int start, int room) {
+    return std::max(start + margin, std::min(place, start + room - margin - extent));
   };
   PixelPoint best;
   long leastCost = std::numeric_limits<long>::max();
@@ -134,11 +136,11 @@ PixelPoint labelPlace(const PixelRect &size, const PixelRect &drawn, PixelPoint 
       const PixelRect covered = intersection(label, drawn);
       const long away =
           std::abs(place.x + size.width / 2 - corner.x) + std::abs(place.y + size.height / 2 - corner.y);
-      // The pointer itself must be seen; then a covered pixel weighs as much as one of distance.
-      const bool coversPointer =
-          contains({label.x - gap / 2, label.y - gap / 2, label.width + gap, label.height + gap}, corner);
-      const long cost = (coversPointer ? 1'000'000L : 0L) + away +
-                        static_cast<long>(covered.width) * covered.height / std::max(size.height, 1);
+      // The pointer itself must be seen; a covered column of the rectangle weighs as much as four of
+      // distance.
+      const PixelRect around{label.x - gap / 2, label.y - gap / 2, label.width + gap, label.height + gap};
+      const long cost = (contains(around, corner) ? 1'000'000L : 0L) + away +
+                        4L * covered.width * covered.height / std::max(size.height, 1);
       if (cost < leastCost) {
         leastCost = cost;
         best = place;

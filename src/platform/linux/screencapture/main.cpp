@@ -1,7 +1,7 @@
 // lumiwren-screencapture lets the user choose a region of the screen and writes its pixels to a PNG file.
 
 #include "platform/linux/screencapture/NewFile.h"
-#include "platform/linux/screencapture/PNG.h"
+#include "platform/linux/screencapture/PNGEncoder.h"
 #include "platform/linux/screencapture/RegionChooser.h"
 #include "platform/linux/x11/capture/CaptureStage.h"
 
@@ -9,10 +9,12 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <span>
 #include <string_view>
 #include <system_error>
 
@@ -58,10 +60,18 @@ bool capture(const std::filesystem::path &path) {
   if (!decided) {
     return false;
   }
-  stage.hide();
   const bool accepted = outcome == RegionChooser::Outcome::Accepted;
+  Bytes picture;
   if (accepted) {
-    file.complete(png(stage.pixels(chooser.region())));
+    // Before the overlay goes: then every program below draws itself, and the server is busy with that.
+    const PixelRect region = chooser.region();
+    PNGEncoder encoder(region.width, region.height, stage.bitsPerSample());
+    stage.readRows(region, [&encoder](std::span<const std::uint8_t> row) { encoder.addRow(row); });
+    picture = encoder.finish();
+  }
+  stage.hide();
+  if (accepted) {
+    file.complete(picture);
   }
   stage.waitForRelease();
   return accepted;

@@ -7,6 +7,7 @@
 #include <xcb/xfixes.h>
 #include <xcb/xinput.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -21,6 +22,20 @@ const xcb_query_extension_reply_t &extension(xcb_connection_t *connection, xcb_e
     throw std::runtime_error(std::string("the display lacks ") + name);
   }
   return *reply;
+}
+
+std::vector<CaptureMonitor> monitorsOf(const xcb_randr_get_monitors_reply_t *reply, const PixelRect &whole) {
+  std::vector<CaptureMonitor> result;
+  auto position = reply == nullptr ? xcb_randr_monitor_info_iterator_t{}
+                                   : xcb_randr_get_monitors_monitors_iterator(reply);
+  for (; position.rem > 0; xcb_randr_monitor_info_next(&position)) {
+    const auto &info = *position.data;
+    const PixelRect frame = intersection(whole, {info.x, info.y, info.width, info.height});
+    if (!isEmpty(frame)) {
+      result.push_back({frame, suggestedScale(info.width, static_cast<int>(info.width_in_millimeters))});
+    }
+  }
+  return result;
 }
 
 std::string environmentVariable(const char *name) {
@@ -98,20 +113,25 @@ void CaptureDisplay::read(const xcb_screen_t &screen) {
             static_cast<std::size_t>(xcb_get_property_value_length(resources.get()))};
   }
   const auto chosen = chosenScale(text, environmentVariable("QT_SCALE_FACTOR"));
-  const PixelRect whole{0, 0, screen.width_in_pixels, screen.height_in_pixels};
-  for (auto position = monitors ? xcb_randr_get_monitors_monitors_iterator(monitors.get())
-                                : xcb_randr_monitor_info_iterator_t{};
-       position.rem > 0; xcb_randr_monitor_info_next(&position)) {
-    const auto &info = *position.data;
-    const PixelRect frame = intersection(whole, {info.x, info.y, info.width, info.height});
-    if (!isEmpty(frame)) {
-      monitors_.push_back(
-          {frame, chosen.value_or(suggestedScale(info.width, static_cast<int>(info.width_in_millimeters)))});
-    }
-  }
+  whole_ = {0, 0, screen.width_in_pixels, screen.height_in_pixels};
+  monitors_ = monitorsOf(monitors.get(), whole_);
   if (monitors_.empty()) {
-    monitors_.push_back({whole, chosen.value_or(suggestedScale(whole.width, screen.width_in_millimeters))});
+    monitors_.push_back({whole_, suggestedScale(whole_.width, screen.width_in_millimeters)});
   }
+  for (CaptureMonitor &monitor : monitors_) {
+    monitor.scale = chosen.value_or(monitor.scale);
+  }
+}
+
+bool CaptureDisplay::isRearranged() const {
+  xcb_connection_t *server = connection_.get();
+  const XReply<xcb_randr_get_monitors_reply_t> reply(
+      xcb_randr_get_monitors_reply(server, xcb_randr_get_monitors(server, connection_.root(), 1), nullptr));
+  const auto now = monitorsOf(reply.get(), whole_);
+  return !now.empty() && !std::equal(now.begin(), now.end(), monitors_.begin(), monitors_.end(),
+                                     [](const CaptureMonitor &one, const CaptureMonitor &other) {
+                                       return one.frame == other.frame;
+                                     });
 }
 
 void CaptureDisplay::readFormats(const xcb_screen_t &screen,

@@ -22,6 +22,8 @@ public:
   const X11Connection &connection() const { return connection_; }
   /// At least one.
   const std::vector<CaptureMonitor> &monitors() const { return monitors_; }
+  /// Whether the monitors are other ones by now. Waits for the server.
+  bool isRearranged() const;
   PixelPoint pointer() const { return pointer_; }
   /// Of the screen's own pixels, and of sprites.
   xcb_render_pictformat_t screenFormat() const { return screenFormat_; }
@@ -40,6 +42,7 @@ private:
 
   const X11Connection &connection_;
   xcb_intern_atom_cookie_t lockQuestion_, opacityQuestion_, bypassQuestion_;
+  PixelRect whole_;
   std::vector<CaptureMonitor> monitors_;
   PixelPoint pointer_;
   xcb_render_pictformat_t screenFormat_ = XCB_NONE;

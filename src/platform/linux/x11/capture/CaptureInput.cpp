@@ -115,26 +115,40 @@ bool CaptureInput::isIdle(Kind kind) const {
 }
 
 bool CaptureInput::takeDevices(Kind kind) {
-  if (!isIdle(kind)) {
-    return false;
-  }
+  // Injected input waits while the server is held; what comes from the hardware meanwhile is looked for
+  // after.
+  xcb_grab_server(server_);
+  const auto before = taken_.size();
   bool any = false;
-  for (const std::uint16_t device : kind == Kind::Pointer ? pointers_ : keyboards_) {
-    if (!takeDevice(device, kind)) {
-      continue;
-    }
-    any = true;
-    if (kind == Kind::Pointer) {
-      // Each mouse now has a place of its own, which begins where the session's pointer is.
-      xcb_input_xi_warp_pointer(server_, XCB_NONE, root_, 0, 0, 0, 0, fixed(place_.x), fixed(place_.y),
-                                device);
-      moving_ = device;
+  if (isIdle(kind)) {
+    for (const std::uint16_t device : kind == Kind::Pointer ? pointers_ : keyboards_) {
+      any = takeDevice(device, kind) || any;
     }
   }
+  if (any && !isIdle(kind)) {
+    giveBack(before);
+    any = false;
+  }
+  xcb_ungrab_server(server_);
   if (any && kind == Kind::Pointer) {
+    // Each mouse now has a place of its own, which begins where the session's pointer is.
+    for (auto device = taken_.begin() + static_cast<std::ptrdiff_t>(before); device != taken_.end();
+         ++device) {
+      xcb_input_xi_warp_pointer(server_, XCB_NONE, root_, 0, 0, 0, 0, fixed(place_.x), fixed(place_.y),
+                                *device);
+      moving_ = *device;
+    }
     xcb_xfixes_hide_cursor(server_, root_);
   }
+  xcb_flush(server_);
   return any;
+}
+
+void CaptureInput::giveBack(std::size_t from) {
+  for (auto device = taken_.begin() + static_cast<std::ptrdiff_t>(from); device != taken_.end(); ++device) {
+    xcb_input_xi_ungrab_device(server_, XCB_CURRENT_TIME, *device);
+  }
+  taken_.resize(from);
 }
 
 void CaptureInput::take() {
@@ -219,10 +233,7 @@ void CaptureInput::movePointer(int dx, int dy) const {
 }
 
 void CaptureInput::release() {
-  for (const std::uint16_t device : taken_) {
-    xcb_input_xi_ungrab_device(server_, XCB_CURRENT_TIME, device);
-  }
-  taken_.clear();
+  giveBack(0);
   if (pointer_ == Grip::Devices) {
     xcb_xfixes_show_cursor(server_, root_);
   }

@@ -54,6 +54,8 @@ private:
   /// the program that saw the press has to see.
   bool takeDevices(Kind kind);
   bool takeDevice(std::uint16_t device, Kind kind);
+  /// What was taken last, from the given number on.
+  void giveBack(std::size_t from);
   bool isIdle(Kind kind) const;
 
   const CaptureDisplay &display_;

@@ -37,8 +37,7 @@ bool CaptureStage::run(const Sprite &cursor, const Handler &handler, const Paint
   xcb_connection_t *server = connection_.get();
   window_.emplace(display_, frozen_, cursor);
   xcb_set_selection_owner(server, window_->id(), display_.lock(), XCB_CURRENT_TIME);
-  xcb_randr_select_input(server, connection_.root(),
-                         XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE);
+  xcb_randr_select_input(server, connection_.root(), XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE);
   // Before the window is shown: a user who is quick may press already.
   input_.emplace(display_, window_->cursor());
   input_->take();
@@ -92,8 +91,10 @@ bool CaptureStage::run(const Sprite &cursor, const Handler &handler, const Paint
 
 bool CaptureStage::endsStage(const xcb_generic_event_t &event) const {
   const int type = event.response_type & 0x7f;
-  return type == display_.layoutEvents() + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
-         type == display_.layoutEvents() + XCB_RANDR_NOTIFY ||
+  return (type == XCB_CONFIGURE_NOTIFY &&
+          reinterpret_cast<const xcb_configure_notify_event_t &>(event).window == connection_.root()) ||
+         // The server also tells of what it only finds out when it is asked for the first time.
+         (type == display_.layoutEvents() + XCB_RANDR_NOTIFY && display_.isRearranged()) ||
          (type == XCB_SELECTION_CLEAR &&
           reinterpret_cast<const xcb_selection_clear_event_t &>(event).selection == display_.lock());
 }

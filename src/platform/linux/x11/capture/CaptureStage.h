@@ -8,7 +8,6 @@
 #include "platform/linux/x11/capture/CaptureScene.h"
 #include "platform/linux/x11/capture/CaptureWindow.h"
 #include "platform/linux/x11/capture/FrozenScreen.h"
-#include "platform/linux/x11/capture/RGBImage.h"
 
 #include <functional>
 #include <optional>
@@ -43,7 +42,10 @@ public:
   /// Shows the screen as it is again. Pointer and keyboard are still held.
   void hide() { window_->hide(); }
   /// Of the frozen screen.
-  RGBImage pixels(const PixelRect &part) const { return frozen_.pixels(part); }
+  int bitsPerSample() const { return frozen_.bitsPerSample(); }
+  void readRows(const PixelRect &part, const FrozenScreen::RowReader &take) const {
+    frozen_.readRows(part, take);
+  }
   /// Waits, for a second at the most, until the user has let go of what he pressed: it is not for the program
   /// that gets pointer and keyboard next, nor is its repetition.
   void waitForRelease();

@@ -4,13 +4,15 @@
 
 #include <xcb/xcbext.h>
 
+#include <algorithm>
 #include <bit>
-#include <iterator>
 
 namespace lumiwren {
 namespace {
 
 constexpr std::uint32_t dim = 0x73000000;  // 45 % black: white lines stand out on a dimmed white page, too
+// Rows of a tile: few enough to stay in the processor's cache.
+constexpr int tileHeight = 128;
 // Two windows that both want to be above the other one would otherwise go on for ever.
 constexpr int mostRaises = 40;
 
@@ -33,16 +35,15 @@ CaptureWindow::CaptureWindow(const CaptureDisplay &display, const FrozenScreen &
       frozen_(picture),
       server_(display.connection().get()),
       window_(xcb_generate_id(server_)),
-      canvas_(xcb_generate_id(server_)),
-      canvasPicture_(xcb_generate_id(server_)),
+      tile_(xcb_generate_id(server_)),
+      tilePicture_(xcb_generate_id(server_)),
       context_(xcb_generate_id(server_)),
       cursor_(xcb_generate_id(server_)) {
   const xcb_screen_t &screen = frozen_.screen();
-  xcb_create_pixmap(server_, screen.root_depth, canvas_, screen.root, screen.width_in_pixels,
-                    screen.height_in_pixels);
-  xcb_render_create_picture(server_, canvasPicture_, canvas_, display_.screenFormat(), 0, nullptr);
+  xcb_create_pixmap(server_, screen.root_depth, tile_, screen.root, screen.width_in_pixels, tileHeight);
+  xcb_render_create_picture(server_, tilePicture_, tile_, display_.screenFormat(), 0, nullptr);
   const std::uint32_t noExposures = 0;
-  xcb_create_gc(server_, context_, canvas_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
+  xcb_create_gc(server_, context_, tile_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
 
   const xcb_render_picture_t shape = this->picture(cursor);
   xcb_render_create_cursor(server_, cursor_, shape, static_cast<std::uint16_t>(cursor.width / 2),
@@ -68,7 +69,7 @@ CaptureWindow::CaptureWindow(const CaptureDisplay &display, const FrozenScreen &
   xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                       sizeof windowClass, windowClass);
   // Under a compositor no window is ever obscured as far as the server tells, so the others are watched.
-  const std::uint32_t rootEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+  const std::uint32_t rootEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   xcb_change_window_attributes(server_, screen.root, XCB_CW_EVENT_MASK, &rootEvents);
 }
 
@@ -76,18 +77,16 @@ CaptureWindow::~CaptureWindow() {
   xcb_destroy_window(server_, window_);
   xcb_free_cursor(server_, cursor_);
   xcb_free_gc(server_, context_);
-  xcb_render_free_picture(server_, canvasPicture_);
-  xcb_free_pixmap(server_, canvas_);
+  xcb_render_free_picture(server_, tilePicture_);
+  xcb_free_pixmap(server_, tile_);
 }
 
 void CaptureWindow::show(const CaptureScene &scene) {
   scene_ = scene;
-  const PixelRegion everything{frozen_.frame()};
-  paint(everything);
   const std::uint32_t above = XCB_STACK_MODE_ABOVE;
   xcb_configure_window(server_, window_, XCB_CONFIG_WINDOW_STACK_MODE, &above);
   xcb_map_window(server_, window_);
-  copyToWindow(everything);
+  paint({frozen_.frame()});
   xcb_flush(server_);
 }
 
@@ -98,7 +97,6 @@ void CaptureWindow::draw(const CaptureScene &scene) {
     return;
   }
   paint(region);
-  copyToWindow(region);
   drawing_ = xcb_get_input_focus(server_).sequence;
   xcb_flush(server_);
 }
@@ -127,7 +125,7 @@ void CaptureWindow::handle(const xcb_generic_event_t &event) {
   switch (event.response_type & 0x7f) {
     case XCB_EXPOSE: {
       const auto &exposed = as<xcb_expose_event_t>(event);
-      copyToWindow({{exposed.x, exposed.y, exposed.width, exposed.height}});
+      paint({{exposed.x, exposed.y, exposed.width, exposed.height}});
       xcb_flush(server_);
       break;
     }
@@ -161,40 +159,55 @@ void CaptureWindow::raise() {
   xcb_flush(server_);
 }
 
-void CaptureWindow::paint(const PixelRegion &region) {
-  for (const PixelRect &part : region) {
-    const auto rect = serverRectangle(part);
-    xcb_copy_area(server_, frozen_.pixmap(), canvas_, context_, rect.x, rect.y, rect.x, rect.y, rect.width,
-                  rect.height);
-  }
-  const auto clip = serverRectangles(region);
-  xcb_render_set_picture_clip_rectangles(server_, canvasPicture_, 0, 0,
-                                         static_cast<std::uint32_t>(clip.size()), clip.data());
-  const auto fill = [&](std::uint32_t color, const PixelRegion &where) {
-    const auto rectangles = serverRectangles(where);
-    if (!rectangles.empty()) {
-      xcb_render_fill_rectangles(server_, XCB_RENDER_PICT_OP_OVER, canvasPicture_, renderColor(color),
-                                 static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
-    }
-  };
-  fill(dim, subtracted(region, scene_.bright));
-  for (const auto &element : scene_.fills) {
-    fill(element.color, clipped({element.rect}, frozen_.frame()));
-  }
+void CaptureWindow::paint(const PixelRegion &region) const {
+  std::vector<Uploaded> sprites;
   for (const auto &sprite : scene_.sprites) {
     if (!clipped(region, sprite.rect()).empty()) {
-      paintSprite(sprite);
+      sprites.push_back({sprite.rect(), picture(*sprite.sprite)});
     }
+  }
+  for (const PixelRect &part : region) {
+    const int bottom = part.y + part.height;
+    for (int top = part.y; top < bottom; top += tileHeight) {
+      paintTile({part.x, top, part.width, std::min(tileHeight, bottom - top)}, sprites);
+    }
+  }
+  for (const Uploaded &sprite : sprites) {
+    xcb_render_free_picture(server_, sprite.picture);
   }
 }
 
-void CaptureWindow::paintSprite(const CaptureScene::PlacedSprite &sprite) const {
-  const xcb_render_picture_t source = picture(*sprite.sprite);
-  xcb_render_composite(server_, XCB_RENDER_PICT_OP_OVER, source, XCB_NONE, canvasPicture_, 0, 0, 0, 0,
-                       static_cast<std::int16_t>(sprite.place.x), static_cast<std::int16_t>(sprite.place.y),
-                       static_cast<std::uint16_t>(sprite.sprite->width),
-                       static_cast<std::uint16_t>(sprite.sprite->height));
-  xcb_render_free_picture(server_, source);
+void CaptureWindow::paintTile(const PixelRect &tile, const std::vector<Uploaded> &sprites) const {
+  const auto place = serverRectangle(tile);
+  xcb_copy_area(server_, frozen_.pixmap(), tile_, context_, place.x, place.y, 0, 0, place.width,
+                place.height);
+  const auto fill = [&](std::uint32_t color, const PixelRegion &where) {
+    auto rectangles = serverRectangles(where);
+    for (auto &rectangle : rectangles) {
+      rectangle.x = static_cast<std::int16_t>(rectangle.x - place.x);
+      rectangle.y = static_cast<std::int16_t>(rectangle.y - place.y);
+    }
+    if (!rectangles.empty()) {
+      xcb_render_fill_rectangles(server_, XCB_RENDER_PICT_OP_OVER, tilePicture_, renderColor(color),
+                                 static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
+    }
+  };
+  fill(dim, subtracted({tile}, scene_.bright));
+  for (const auto &element : scene_.fills) {
+    fill(element.color, clipped({element.rect}, tile));
+  }
+  for (const Uploaded &sprite : sprites) {
+    const PixelRect part = intersection(sprite.rect, tile);
+    if (!isEmpty(part)) {
+      const auto rectangle = serverRectangle(part);
+      xcb_render_composite(server_, XCB_RENDER_PICT_OP_OVER, sprite.picture, XCB_NONE, tilePicture_,
+                           static_cast<std::int16_t>(part.x - sprite.rect.x),
+                           static_cast<std::int16_t>(part.y - sprite.rect.y), 0, 0,
+                           static_cast<std::int16_t>(part.x - tile.x),
+                           static_cast<std::int16_t>(part.y - tile.y), rectangle.width, rectangle.height);
+    }
+  }
+  xcb_copy_area(server_, tile_, window_, context_, 0, 0, place.x, place.y, place.width, place.height);
 }
 
 xcb_render_picture_t CaptureWindow::picture(const Sprite &sprite) const {
@@ -221,14 +234,6 @@ xcb_render_picture_t CaptureWindow::picture(const Sprite &sprite) const {
   xcb_free_gc(server_, context);
   xcb_free_pixmap(server_, pixmap);
   return picture;
-}
-
-void CaptureWindow::copyToWindow(const PixelRegion &region) const {
-  for (const PixelRect &part : region) {
-    const auto rect = serverRectangle(part);
-    xcb_copy_area(server_, canvas_, window_, context_, rect.x, rect.y, rect.x, rect.y, rect.width,
-                  rect.height);
-  }
 }
 
 }  // namespace lumiwren

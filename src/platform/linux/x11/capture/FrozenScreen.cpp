@@ -9,10 +9,10 @@
 #include <sys/mman.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <limits>
-#include <new>
-#include <optional>
 #include <stdexcept>
+#include <vector>
 
 namespace lumiwren {
 namespace {
@@ -50,32 +50,10 @@ PixelFormat formatOf(const X11Connection &connection, const xcb_screen_t &screen
   return format;
 }
 
-/// Memory that this process and the server share. It has no name, so nothing is left of it in any case.
-class SharedMemory {
-public:
-  explicit SharedMemory(std::size_t size) : size_(size), file_(memfd_create("screen", MFD_CLOEXEC)) {
-    if (!file_ || ftruncate(file_.get(), static_cast<off_t>(size)) != 0) {
-      throw std::bad_alloc();
-    }
-    // All pages at once: the server would otherwise stop at each of them.
-    memory_ = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, file_.get(), 0);
-    if (memory_ == MAP_FAILED) {
-      throw std::bad_alloc();
-    }
-  }
-  SharedMemory(const SharedMemory &) = delete;
-  SharedMemory &operator=(const SharedMemory &) = delete;
-  ~SharedMemory() { munmap(memory_, size_); }
-
-  std::span<const std::uint8_t> bytes() const { return {static_cast<const std::uint8_t *>(memory_), size_}; }
-  /// A descriptor to give away.
-  int duplicate() const { return fcntl(file_.get(), F_DUPFD_CLOEXEC, 0); }
-
-private:
-  std::size_t size_;
-  FileDescriptor file_;
-  void *memory_;
-};
+constexpr std::uint32_t allPlanes = std::numeric_limits<std::uint32_t>::max();
+constexpr const char *noPixels = "the display does not give its pixels";
+// Bytes that are asked for at once: few enough to stay in the processor's cache.
+constexpr std::size_t stripSize = std::size_t{1} << 20U;
 
 /// Whether the server is on this machine and takes descriptors.
 bool sharesMemory(xcb_connection_t *connection) {
@@ -96,7 +74,53 @@ bool sharesMemory(xcb_connection_t *connection) {
          (version->major_version > 1 || (version->major_version == 1 && version->minor_version >= 2));
 }
 
-constexpr std::uint32_t allPlanes = std::numeric_limits<std::uint32_t>::max();
+/// Two halves of memory that this process and the server share. It has no name, so nothing is left of it in
+/// any case.
+class SharedStrips {
+public:
+  SharedStrips(xcb_connection_t *server, std::size_t half) : server_(server), half_(half) {
+    if (!sharesMemory(server)) {
+      return;
+    }
+    const FileDescriptor file(memfd_create("screen", MFD_CLOEXEC));
+    if (!file || ftruncate(file.get(), static_cast<off_t>(2 * half)) != 0) {
+      return;
+    }
+    void *memory = mmap(nullptr, 2 * half, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
+    if (memory == MAP_FAILED) {
+      return;
+    }
+    memory_ = static_cast<const std::uint8_t *>(memory);
+    segment_ = xcb_generate_id(server);
+    const XReply<xcb_generic_error_t> refused(xcb_request_check(
+        server, xcb_shm_attach_fd_checked(server, segment_, fcntl(file.get(), F_DUPFD_CLOEXEC, 0), 0)));
+    attached_ = refused == nullptr;
+  }
+  SharedStrips(const SharedStrips &) = delete;
+  SharedStrips &operator=(const SharedStrips &) = delete;
+  ~SharedStrips() {
+    if (attached_) {
+      xcb_shm_detach(server_, segment_);
+    }
+    if (memory_ != nullptr) {
+      munmap(const_cast<std::uint8_t *>(memory_), 2 * half_);
+    }
+  }
+
+  bool isUsable() const { return attached_; }
+  std::span<const std::uint8_t> half(std::size_t index) const { return {memory_ + index * half_, half_}; }
+  xcb_shm_get_image_cookie_t ask(xcb_drawable_t from, const xcb_rectangle_t &rect, std::size_t index) const {
+    return xcb_shm_get_image(server_, from, rect.x, rect.y, rect.width, rect.height, allPlanes,
+                             XCB_IMAGE_FORMAT_Z_PIXMAP, segment_, static_cast<std::uint32_t>(index * half_));
+  }
+
+private:
+  xcb_connection_t *server_;
+  std::size_t half_;
+  const std::uint8_t *memory_ = nullptr;
+  xcb_shm_seg_t segment_ = XCB_NONE;
+  bool attached_ = false;
+};
 
 }  // namespace
 
@@ -138,34 +162,56 @@ void FrozenScreen::blacken(const PixelRegion &region) const {
   xcb_free_gc(server, context);
 }
 
-RGBImage FrozenScreen::pixels(const PixelRect &part) const {
+void FrozenScreen::takeStrip(const PixelRect &strip, std::span<const std::uint8_t> data,
+                             const RowReader &take) const {
+  const std::size_t rowSize = format_.bytesPerRow(strip.width);
+  std::vector<std::uint8_t> samples(format_.samplesPerRow(strip.width));
+  for (int row = 0; row < strip.height; ++row) {
+    format_.rgbRow(data.subspan(static_cast<std::size_t>(row) * rowSize, rowSize), samples);
+    take(samples);
+  }
+}
+
+void FrozenScreen::readRows(const PixelRect &part, const RowReader &take) const {
   xcb_connection_t *server = connection_.get();
-  const auto x = static_cast<std::int16_t>(part.x);
-  const auto y = static_cast<std::int16_t>(part.y);
-  const auto width = static_cast<std::uint16_t>(part.width);
-  const auto height = static_cast<std::uint16_t>(part.height);
-  const std::size_t size = format_.bytesPerRow(part.width) * height;
-  if (sharesMemory(server)) {
-    const SharedMemory memory(size);
-    const xcb_shm_seg_t segment = xcb_generate_id(server);
-    xcb_shm_attach_fd(server, segment, memory.duplicate(), 0);
-    const XReply<xcb_shm_get_image_reply_t> reply(
-        xcb_shm_get_image_reply(server,
-                                xcb_shm_get_image(server, pixmap_, x, y, width, height, allPlanes,
-                                                  XCB_IMAGE_FORMAT_Z_PIXMAP, segment, 0),
-                                nullptr));
-    xcb_shm_detach(server, segment);
-    if (reply) {
-      return rgbImage(memory.bytes(), part.width, part.height, format_);
+  const std::size_t rowSize = format_.bytesPerRow(part.width);
+  const int stripHeight = std::clamp(static_cast<int>(stripSize / rowSize), 1, part.height);
+  const std::size_t stripBytes = rowSize * static_cast<std::size_t>(stripHeight);
+  std::vector<PixelRect> strips;
+  for (int y = 0; y < part.height; y += stripHeight) {
+    strips.push_back({part.x, part.y + y, part.width, std::min(stripHeight, part.height - y)});
+  }
+  const SharedStrips shared(server, stripBytes);
+  // The server fills one half of the memory while the other one is read.
+  const auto ask = [&](std::size_t index) {
+    return shared.ask(pixmap_, serverRectangle(strips[index]), index % 2);
+  };
+  auto question = shared.isUsable() ? ask(0) : xcb_shm_get_image_cookie_t{};
+  for (std::size_t index = 0; index < strips.size(); ++index) {
+    if (shared.isUsable()) {
+      const XReply<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(server, question, nullptr));
+      if (!reply) {
+        throw std::runtime_error(noPixels);
+      }
+      if (index + 1 < strips.size()) {
+        question = ask(index + 1);
+        xcb_flush(server);
+      }
+      takeStrip(strips[index], shared.half(index % 2), take);
+      continue;
     }
+    const auto rect = serverRectangle(strips[index]);
+    const XReply<xcb_get_image_reply_t> reply(
+        xcb_get_image_reply(server,
+                            xcb_get_image(server, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, rect.x, rect.y,
+                                          rect.width, rect.height, allPlanes),
+                            nullptr));
+    const auto length = reply ? static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) : 0;
+    if (length < rowSize * rect.height) {
+      throw std::runtime_error(noPixels);
+    }
+    takeStrip(strips[index], {xcb_get_image_data(reply.get()), length}, take);
   }
-  const XReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(
-      server, xcb_get_image(server, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, x, y, width, height, allPlanes),
-      nullptr));
-  if (!reply || static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < size) {
-    throw std::runtime_error("the display does not give its pixels");
-  }
-  return rgbImage({xcb_get_image_data(reply.get()), size}, part.width, part.height, format_);
 }
 
 }  // namespace lumiwren

@@ -4,6 +4,10 @@
 #include "platform/linux/x11/capture/PixelFormat.h"
 #include "platform/linux/x11/capture/PixelRegion.h"
 
+#include <cstdint>
+#include <functional>
+#include <span>
+
 namespace lumiwren {
 
 /// A picture of the whole X screen, of everything that is on it but the pointer. It stays in the server, so
@@ -24,11 +28,17 @@ public:
 
   /// Paints parts of the picture black: the server keeps anything where no monitor is.
   void blacken(const PixelRegion &region) const;
-  /// The pixels of a part of the picture. Waits for the server; throws std::runtime_error when it does not
-  /// give them.
-  RGBImage pixels(const PixelRect &part) const;
+  /// Of the samples that readRows() gives: 8 or 16.
+  int bitsPerSample() const { return format_.bitsPerSample(); }
+  /// Gives `take` the rows of a part of the picture, from the top: red, green and blue of each pixel. Waits
+  /// for the server; throws std::runtime_error when it does not give them.
+  using RowReader = std::function<void(std::span<const std::uint8_t> samples)>;
+  void readRows(const PixelRect &part, const RowReader &take) const;
 
 private:
+  /// Gives the rows of one strip on, as the server has laid them out.
+  void takeStrip(const PixelRect &strip, std::span<const std::uint8_t> data, const RowReader &take) const;
+
   const X11Connection &connection_;
   const xcb_screen_t *screen_;
   PixelFormat format_;

@@ -71,42 +71,43 @@ std::size_t PixelFormat::bytesPerRow(int width) const {
   return (bits + alignment - 1) / alignment * alignment / 8;
 }
 
-RGBImage rgbImage(std::span<const std::uint8_t> data, int width, int height, const PixelFormat &format) {
-  const std::array masks{format.redMask, format.greenMask, format.blueMask};
-  const bool deep =
-      std::any_of(masks.begin(), masks.end(), [](std::uint32_t mask) { return std::popcount(mask) > 8; });
-  RGBImage image{.width = width, .height = height, .bitsPerSample = deep ? 16 : 8, .samples = {}};
-  const auto columns = static_cast<std::size_t>(width);
-  image.samples.resize(columns * static_cast<std::size_t>(height) * (deep ? 6 : 3));
-  std::uint8_t *out = image.samples.data();
-  const std::size_t step = bytesPerPixel(format);
-  const std::array offsets{byteOffset(masks[0], format), byteOffset(masks[1], format),
-                           byteOffset(masks[2], format)};
-  const bool plain = std::none_of(offsets.begin(), offsets.end(), [](int offset) { return offset < 0; });
-  const std::array channels{Channel(masks[0], image.bitsPerSample), Channel(masks[1], image.bitsPerSample),
-                            Channel(masks[2], image.bitsPerSample)};
-  for (int row = 0; row < height; ++row) {
-    const std::uint8_t *in = data.data() + static_cast<std::size_t>(row) * format.bytesPerRow(width);
-    if (plain) {
-      for (std::size_t column = 0; column < columns; ++column, in += step, out += 3) {
-        out[0] = in[offsets[0]];
-        out[1] = in[offsets[1]];
-        out[2] = in[offsets[2]];
-      }
-      continue;
+int PixelFormat::bitsPerSample() const {
+  return std::max({std::popcount(redMask), std::popcount(greenMask), std::popcount(blueMask)}) > 8 ? 16 : 8;
+}
+
+std::size_t PixelFormat::samplesPerRow(int width) const {
+  return static_cast<std::size_t>(width) * static_cast<std::size_t>(bitsPerSample()) / 8 * 3;
+}
+
+void PixelFormat::rgbRow(std::span<const std::uint8_t> pixels, std::span<std::uint8_t> samples) const {
+  const std::size_t step = bytesPerPixel(*this);
+  const std::uint8_t *in = pixels.data();
+  std::uint8_t *out = samples.data();
+  const std::uint8_t *const end = out + samples.size();
+  const int red = byteOffset(redMask, *this);
+  const int green = byteOffset(greenMask, *this);
+  const int blue = byteOffset(blueMask, *this);
+  if (red >= 0 && green >= 0 && blue >= 0) {
+    for (; out != end; in += step, out += 3) {
+      out[0] = in[red];
+      out[1] = in[green];
+      out[2] = in[blue];
     }
-    for (std::size_t column = 0; column < columns; ++column, in += step) {
-      const std::uint32_t pixel = pixelAt(in, format);
-      for (const Channel &channel : channels) {
-        const std::uint32_t sample = channel.sample(pixel);
-        if (deep) {
-          *out++ = static_cast<std::uint8_t>(sample >> 8U);
-        }
-        *out++ = static_cast<std::uint8_t>(sample);
+    return;
+  }
+  const bool deep = bitsPerSample() == 16;
+  const std::array channels{Channel(redMask, bitsPerSample()), Channel(greenMask, bitsPerSample()),
+                            Channel(blueMask, bitsPerSample())};
+  for (; out != end; in += step) {
+    const std::uint32_t pixel = pixelAt(in, *this);
+    for (const Channel &channel : channels) {
+      const std::uint32_t sample = channel.sample(pixel);
+      if (deep) {
+        *out++ = static_cast<std::uint8_t>(sample >> 8U);
       }
+      *out++ = static_cast<std::uint8_t>(sample);
     }
   }
-  return image;
 }
 
 }  // namespace lumiwren

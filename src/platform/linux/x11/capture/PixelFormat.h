@@ -1,7 +1,6 @@
 #pragma once
 
-#include "platform/linux/x11/capture/RGBImage.h"
-
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -17,14 +16,17 @@ struct PixelFormat {
   std::uint32_t blueMask = 0xff;
   friend bool operator==(const PixelFormat &, const PixelFormat &) = default;
 
-  /// Whether rgbImage() knows it.
+  /// Whether rgbRow() knows it.
   bool isSupported() const;
   std::size_t bytesPerRow(int width) const;
-};
+  /// Of rgbRow(): 16 when a channel has more than 8, else 8.
+  int bitsPerSample() const;
+  std::size_t samplesPerRow(int width) const;  // in bytes
 
-/// The colours of `width` x `height` pixels, exactly: a channel with fewer bits than a sample is widened so
-/// that its darkest stays 0 and its brightest becomes the brightest; channels of more than 8 bits make
-/// samples of 16. `data` has bytesPerRow() for each row.
-RGBImage rgbImage(std::span<const std::uint8_t> data, int width, int height, const PixelFormat &format);
+  /// The colours of a row, exactly: red, green and blue of each pixel, of samples of 16 bits the high byte
+  /// first. A channel with fewer bits than a sample is widened so that its darkest stays 0 and its brightest
+  /// becomes the brightest. `samples` has room for as many pixels as are to be converted.
+  void rgbRow(std::span<const std::uint8_t> pixels, std::span<std::uint8_t> samples) const;
+};
 
 }  // namespace lumiwren
