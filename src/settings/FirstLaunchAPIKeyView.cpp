@@ -59,10 +59,12 @@ FirstLaunchAPIKeyView::FirstLaunchAPIKeyView(const KeyFormServices &services, Wo
   auto *const layout = new QVBoxLayout(this);
   layout->setContentsMargins(spacing::page, spacing::page, spacing::page, spacing::page);
   layout->setSpacing(spacing::section);
+  layout->addStretch();  // The window may be higher than the form.
   layout->addLayout(makeWelcome());
   layout->addLayout(key);
   layout->addWidget(form_.resultRow());
   layout->addLayout(buttons);
+  layout->addStretch();
   setFixedWidth(scaledSize(formWidth));
 
   connect(link, &QPushButton::clicked, this, [&workspace] { workspace.openURL(keysPage); });

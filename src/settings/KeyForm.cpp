@@ -149,6 +149,13 @@ void KeyForm::refresh() {
                                      : QString());
   testButton_->setBusy(isTesting_);
   testButton_->setEnabled(!isEmpty() && !isTesting_);
+  // The toolkit lets a change rise through nested layouts one event after the other; the form would be seen
+  // in a window that is still too small for it.
+  for (QWidget *widget = resultRow_; widget != nullptr; widget = widget->parentWidget()) {
+    if (widget->layout() != nullptr) {
+      widget->layout()->activate();
+    }
+  }
 }
 
 }  // namespace lumiwren
