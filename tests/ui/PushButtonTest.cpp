@@ -1,11 +1,13 @@
 #include "ui/PushButton.h"
 
+#include "ui/BorderedButton.h"
 #include "ui/Fonts.h"
 #include "ui/Keyboard.h"
 #include "ui/LookPalettes.h"
 #include "ui/Palette.h"
 #include "ui/ProgressIndicator.h"
 #include "ui/Rendering.h"
+#include "ui/SymbolButton.h"
 
 #include <gtest/gtest.h>
 
@@ -136,6 +138,9 @@ TEST_F(PushButtonTest, SpacePressesItAndReturnDoesWhereItIsTheDefault) {
   auto *const layout = new QVBoxLayout(&dialog);
   auto *const cancel = new PushButton(Kind::Bordered, QStringLiteral("Cancel"));
   auto *const save = new PushButton(Kind::Prominent, saveLabel);
+  layout->addWidget(
+      new SymbolButton(QStringLiteral("plus"), 14, QStringLiteral("Add"), &SemanticColors::primary));
+  layout->addWidget(new BorderedButton);
   layout->addWidget(cancel);
   layout->addWidget(save);
   save->setDefault(true);
