@@ -28,6 +28,12 @@ SymbolButton::SymbolButton(QString symbolName, int size, const QString &name, Co
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
+void SymbolButton::setSymbol(const QString &symbolName, const QString &name) {
+  symbolName_ = symbolName;
+  setAccessibleName(name);
+  update();
+}
+
 QSize SymbolButton::sizeHint() const {
   const int side = scaledSize(size_) + 2 * margin;
   return {side, side};

@@ -1,0 +1,49 @@
+#include "ui/SecureField.h"
+
+#include <QByteArray>
+#include <QSignalBlocker>
+
+#include <cstring>
+
+namespace lumiwren {
+namespace {
+
+/// Overwrites a text that nobody else holds any more.
+void wipe(QString &text) {
+  explicit_bzero(text.data(), static_cast<std::size_t>(text.size()) * sizeof(QChar));
+}
+
+}  // namespace
+
+SecureField::SecureField(const QString &name, QWidget *parent)
+    : TextField(name, Face::Monospaced, parent) {
+  setInputMethodHints(Qt::ImhSensitiveData | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase);
+  setMasked(true);
+}
+
+SecureField::~SecureField() {
+  const QSignalBlocker silent(this);
+  setSecret({});
+}
+
+void SecureField::setMasked(bool masked) {
+  setEchoMode(masked ? QLineEdit::Password : QLineEdit::Normal);
+}
+
+Secret SecureField::secret() const {
+  QByteArray bytes = text().toUtf8();
+  Secret secret = Secret::copyOf({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+  explicit_bzero(bytes.data(), static_cast<std::size_t>(bytes.size()));
+  return secret;
+}
+
+void SecureField::setSecret(const Secret &secret) {
+  const auto bytes = secret.reveal();
+  const QString decoded = QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
+  if (QString old = text(); old != decoded) {
+    setText(decoded);
+    wipe(old);
+  }
+}
+
+}  // namespace lumiwren
