@@ -5,8 +5,8 @@
 
 namespace lumiwren {
 
-/// What assistive technology takes a widget for that the toolkit itself knows only as a widget. Before the
-/// widget is asked for.
+/// What assistive technology takes a widget for that the toolkit itself knows only as a widget. Before
+/// anything else that assistive technology sees of the widget.
 void setAccessibleRole(QWidget &widget, QAccessible::Role role);
 
 }  // namespace lumiwren

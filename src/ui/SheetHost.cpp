@@ -1,6 +1,5 @@
 #include "ui/SheetHost.h"
 
-#include "ui/AccessibleRole.h"
 #include "ui/Motion.h"
 #include "ui/Palette.h"
 #include "ui/PixelGrid.h"
@@ -100,7 +99,6 @@ void SheetHost::present(std::unique_ptr<QWidget> content) {
     previousFocus_ = window()->focusWidget();
   }
   leaving_ = {};
-  setAccessibleRole(*content, QAccessible::Dialog);
   sheet_ = new Sheet(std::move(content), this);
   arrange();
   raise();

@@ -20,8 +20,7 @@ public:
 
   bool isPresenting() const { return sheet_ != nullptr; }
   /// Shows the content, as large as it would like to be if there is room, and gives it the keyboard; a widget
-  /// with a focus proxy says by that where the keyboard goes first. The content is a dialog of its accessible
-  /// name. There is one sheet at a time.
+  /// with a focus proxy says by that where the keyboard goes first. There is one sheet at a time.
   void present(std::unique_ptr<QWidget> content);
   /// Hides the content at once, for good, and gives the keyboard back to who had it. The content may call
   /// this.
