@@ -47,8 +47,12 @@ void AppDelegate::applicationWillTerminate() {
 void AppDelegate::togglePopover(QPoint anchor) {
   if (popover_ && popover_->isShown()) {
     popover_->performClose();
-    return;
+  } else {
+    showPopover(anchor);
   }
+}
+
+void AppDelegate::showPopover(QPoint anchor) {
   popover();
   menuBarView_->prepare();
   checkAPIKey([this](bool hasKey) { menuBarView_->setHasAPIKey(hasKey); });

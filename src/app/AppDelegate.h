@@ -42,6 +42,7 @@ public:
 
   /// Shows or closes the menu; `anchor` is where the status item is, on Qt's desktop.
   void togglePopover(QPoint anchor);
+  void showPopover(QPoint anchor);
 
 private:
   void setupMenuBar();

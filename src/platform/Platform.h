@@ -2,6 +2,7 @@
 
 #include "platform/AccessibilityTrust.h"
 #include "platform/ApplicationWindows.h"
+#include "platform/Bundle.h"
 #include "platform/ChildProcesses.h"
 #include "platform/DesktopAppearance.h"
 #include "platform/EventMonitors.h"
@@ -45,6 +46,7 @@ public:
   virtual ChildProcesses &childProcesses() = 0;
   virtual Workspace &workspace() = 0;
   virtual Updater &updater() = 0;
+  virtual const Bundle &bundle() = 0;
 };
 
 }  // namespace lumiwren

@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QToolTip>
 
+#include <cmath>
+
 namespace lumiwren {
 
 QString ElidedLabel::line() const {
@@ -11,7 +13,9 @@ QString ElidedLabel::line() const {
 }
 
 QSize ElidedLabel::sizeHint() const {
-  return {fontMetrics().horizontalAdvance(line()), fontMetrics().height()};
+  // A part of a point too little would cost a letter.
+  const double width = QFontMetricsF(font()).horizontalAdvance(line());
+  return {static_cast<int>(std::ceil(width)), fontMetrics().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const {

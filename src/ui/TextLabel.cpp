@@ -13,6 +13,11 @@ TextLabel::TextLabel(const QString &text, TextStyle style, SemanticColor color, 
   setText(text);
 }
 
+void TextLabel::setColor(SemanticColor color) {
+  color_ = color;
+  update();
+}
+
 void TextLabel::changeEvent(QEvent *event) {
   if (event->type() == QEvent::FontChange) {
     setFont(fontOf(style_));
@@ -25,7 +30,8 @@ void TextLabel::paintEvent(QPaintEvent * /*event*/) {
   // The colour of a label is its palette's, from which all of ours are derived.
   QPainter painter(this);
   painter.setPen(color());
-  painter.drawText(contentsRect(), static_cast<int>(alignment()) | (wordWrap() ? Qt::TextWordWrap : 0), text());
+  painter.drawText(contentsRect(), static_cast<int>(alignment()) | (wordWrap() ? Qt::TextWordWrap : 0),
+                   text());
 }
 
 }  // namespace lumiwren

@@ -16,6 +16,8 @@ public:
   TextLabel(const QString &text, TextStyle style, SemanticColor color = &SemanticColors::primary,
             QWidget *parent = nullptr);
 
+  void setColor(SemanticColor color);
+
 protected:
   QColor color() const { return SemanticColors(palette()).*color_; }
 
@@ -24,7 +26,7 @@ protected:
 
 private:
   const TextStyle style_;
-  const SemanticColor color_;
+  SemanticColor color_;
 };
 
 }  // namespace lumiwren

@@ -6,12 +6,16 @@ namespace lumiwren {
 
 QFont fontOf(TextStyle style) {
   switch (style) {
+    case TextStyle::Badge:
+      return systemFont(9, QFont::Medium);
     case TextStyle::Caption:
       return systemFont(11);
     case TextStyle::Subheadline:
       return systemFont(12, QFont::Medium);
     case TextStyle::Body:
       return systemFont(13);
+    case TextStyle::Label:
+      return systemFont(13, QFont::Medium);
     case TextStyle::Headline:
       return systemFont(13, QFont::DemiBold);
     case TextStyle::Title2:

@@ -1,6 +1,6 @@
 #include "settings/APIKeyInputView.h"
 
-#include "settings/SettingsTesting.h"
+#include "settings/FormTesting.h"
 #include "ui/ProgressIndicator.h"
 #include "ui/SymbolButton.h"
 

@@ -1,6 +1,6 @@
 #include "settings/FirstLaunchAPIKeyView.h"
 
-#include "settings/SettingsTesting.h"
+#include "settings/FormTesting.h"
 #include "ui/SymbolView.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "settings/FormWindow.h"
 
 #include "settings/APIKeyWindow.h"
-#include "settings/SettingsTesting.h"
+#include "settings/FormTesting.h"
 #include "settings/WelcomeWindow.h"
 #include "ui/Fonts.h"
 #include "ui/Keyboard.h"

@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "platform/testing/FakeAccessibilityTrust.h"
 #include "platform/testing/FakeApplicationWindows.h"
+#include "platform/testing/FakeBundle.h"
 #include "platform/testing/FakeChildProcesses.h"
 #include "platform/testing/FakeDesktopAppearance.h"
 #include "platform/testing/FakeEventMonitors.h"
@@ -43,6 +44,7 @@ public:
   FakeChildProcesses &childProcesses() override { return childProcesses_; }
   FakeWorkspace &workspace() override { return workspace_; }
   FakeUpdater &updater() override { return updater_; }
+  FakeBundle &bundle() override { return bundle_; }
 
 private:
   FakeEventMonitors eventMonitors_;
@@ -63,6 +65,7 @@ private:
   FakeChildProcesses childProcesses_;
   FakeWorkspace workspace_;
   FakeUpdater updater_;
+  FakeBundle bundle_;
 };
 
 }  // namespace lumiwren::testing

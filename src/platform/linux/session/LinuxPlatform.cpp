@@ -1,6 +1,7 @@
 #include "platform/linux/session/LinuxPlatform.h"
 
 #include "platform/linux/CurlHTTPClient.h"
+#include "platform/linux/JSONBundle.h"
 #include "platform/linux/JSONUserDefaults.h"
 #include "platform/linux/LibsecretSecretStore.h"
 #include "platform/linux/SpawnedProcesses.h"
@@ -107,6 +108,7 @@ public:
   ChildProcesses &childProcesses() override { return childProcesses_; }
   Workspace &workspace() override { return workspace_; }
   Updater &updater() override { return unavailable_.updater; }
+  const Bundle &bundle() override { return bundle_; }
 
 private:
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
@@ -119,6 +121,7 @@ private:
   TesseractRecognizer textRecognizer_;
   SpawnedProcesses childProcesses_;
   DesktopWorkspace workspace_;
+  JSONBundle bundle_{JSONBundle::fileFor(QCoreApplication::applicationDirPath().toStdString())};
   std::optional<PortalDesktopAppearance> desktopAppearance_;
   struct {
     UnavailablePasteboard pasteboard;
