@@ -1,26 +1,17 @@
 #include "platform/linux/recognition/RecognitionImage.h"
 
 #include "base/Task.h"
+#include "platform/linux/recognition/InkMap.h"
 
 #include <algorithm>
-#include <array>
+#include <cstdio>
+#include <cstdlib>
 
 namespace lumiwren {
 
 GreyImage recognitionImage(const Bitmap &bitmap, const std::stop_token &token) {
   const int w = bitmap.width, h = bitmap.height;
-  std::vector<std::uint8_t> luma(static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
-  std::array<std::size_t, 256> histogram{};
-  for (std::size_t i = 0; i < luma.size(); ++i) {
-    luma[i] = static_cast<std::uint8_t>(
-        (bitmap.rgb[3 * i] * 77 + bitmap.rgb[3 * i + 1] * 150 + bitmap.rgb[3 * i + 2] * 29) >> 8);
-    ++histogram[luma[i]];
-  }
-  const bool dark = std::max_element(histogram.begin(), histogram.end()) - histogram.begin() < 128;
-  if (dark) {
-    for (auto &v : luma)
-      v = static_cast<std::uint8_t>(255 - v);
-  }
+  const auto luma = inkMap(bitmap, token).pixels;
   throwIfStopped(token);
   const int scale = std::max(w, h) > 16000 ? 1 : 2;
   const int border = 10;
@@ -28,10 +19,7 @@ GreyImage recognitionImage(const Bitmap &bitmap, const std::stop_token &token) {
   out.width = w * scale + 2 * border;
   out.height = h * scale + 2 * border;
   out.resolution = 192;
-  const auto mode =
-      static_cast<std::uint8_t>(std::max_element(histogram.begin(), histogram.end()) - histogram.begin());
-  out.pixels.assign(static_cast<std::size_t>(out.width) * static_cast<std::size_t>(out.height),
-                    dark ? static_cast<std::uint8_t>(255 - mode) : mode);
+  out.pixels.assign(static_cast<std::size_t>(out.width) * static_cast<std::size_t>(out.height), 255);
   for (int y = 0; y < h * scale; ++y) {
     const int sy = std::clamp((2 * y + 1 - scale) * 128 / scale, 0, (h - 1) * 256);
     const int y0 = sy >> 8, fy = sy & 255, y1 = std::min(y0 + 1, h - 1);
@@ -48,6 +36,12 @@ GreyImage recognitionImage(const Bitmap &bitmap, const std::stop_token &token) {
                  static_cast<std::size_t>(x + border)] =
           static_cast<std::uint8_t>((top * (256 - fy) + bottom * fy) >> 16);
     }
+  }
+  if (getenv("DUMP")) {
+    FILE *f = fopen(getenv("DUMP"), "wb");
+    fprintf(f, "P5 %d %d 255\n", out.width, out.height);
+    fwrite(out.pixels.data(), 1, out.pixels.size(), f);
+    fclose(f);
   }
   return out;
 }
