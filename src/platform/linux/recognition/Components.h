@@ -14,6 +14,7 @@ struct Component {
   int left = std::numeric_limits<int>::max(), top = std::numeric_limits<int>::max();
   int right = 0, bottom = 0;  // behind the last pixel
   std::size_t area = 0;       // pixels
+  std::size_t first = 0;      // the place of its first pixel
 
   int width() const { return right - left; }
   int height() const { return bottom - top; }
@@ -71,7 +72,7 @@ struct Components {
       for (int x = 0; x < width; ++x, ++at) {
         if (parents[at] == at) {
           parents[at] = static_cast<std::uint32_t>(result.all.size());
-          result.all.emplace_back();
+          result.all.emplace_back().first = at;
         } else {
           parents[at] = parents[parents[at]];
         }

@@ -4,8 +4,10 @@
 #include "platform/linux/recognition/Components.h"
 
 #include <algorithm>
-#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <vector>
 
 namespace lumiwren {
 namespace {
@@ -35,18 +37,16 @@ class Mapping {
 public:
   Mapping(const Bitmap &bitmap, const std::stop_token &token) : bitmap_(bitmap), token_(token) {}
 
-  GreyImage map() {
+  std::optional<GreyImage> map() {
     throwIfStopped(token_);
     findGround();
     throwIfStopped(token_);
-    GreyImage result{bitmap_.width, bitmap_.height, 0, {}};
     if (groundPixels_ < static_cast<double>(size()) * leastGround) {
-      result.pixels = darkOnLight();
-      return result;
+      return std::nullopt;
     }
     spreadGround();
     throwIfStopped(token_);
-    result.pixels = distances();
+    GreyImage result{bitmap_.width, bitmap_.height, distances()};
     throwIfStopped(token_);
     removeRules(result);
     return result;
@@ -180,23 +180,6 @@ private:
     }
   }
 
-  /// Brightness, turned round where the most frequent one is dark.
-  std::vector<std::uint8_t> darkOnLight() const {
-    std::vector<std::uint8_t> result(size());
-    std::array<std::size_t, 256> histogram{};
-    for (std::size_t at = 0; at < size(); ++at) {
-      result[at] =
-          static_cast<std::uint8_t>((channel(at, 0) * 77 + channel(at, 1) * 150 + channel(at, 2) * 29) >> 8);
-      ++histogram[result[at]];
-    }
-    if (std::max_element(histogram.begin(), histogram.end()) < histogram.begin() + 128) {
-      for (auto &value : result) {
-        value = static_cast<std::uint8_t>(255 - value);
-      }
-    }
-    return result;
-  }
-
   const Bitmap &bitmap_;
   const std::stop_token &token_;
   Components parts_;
@@ -207,7 +190,7 @@ private:
 
 }  // namespace
 
-GreyImage inkMap(const Bitmap &bitmap, const std::stop_token &token) {
+std::optional<GreyImage> inkMap(const Bitmap &bitmap, const std::stop_token &token) {
   return Mapping(bitmap, token).map();
 }
 

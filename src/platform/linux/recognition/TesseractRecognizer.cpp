@@ -3,7 +3,7 @@
 #include "base/Memory.h"
 #include "base/Task.h"
 #include "platform/linux/recognition/LanguageReader.h"
-#include "platform/linux/recognition/RecognitionImage.h"
+#include "platform/linux/recognition/RecognitionPage.h"
 
 #include <condition_variable>
 #include <cstdlib>
@@ -18,7 +18,7 @@ namespace {
 
 /// A picture that waits to be read, and what it says in the end.
 struct Job {
-  const GreyImage image;
+  const RecognitionPage page;
   const std::stop_token token;  // the caller's
   std::vector<TextObservation> observations;
   std::exception_ptr failure;
@@ -88,8 +88,8 @@ private:
   static void read(LanguageReader &reader, Job &job, const std::stop_token &token) {
     try {
       for (auto &line :
-           reader.read(job.image, [&] { return job.token.stop_requested() || token.stop_requested(); })) {
-        job.observations.push_back({line.text.empty() ? std::nullopt : std::optional(std::move(line.text))});
+           reader.read(job.page, [&] { return job.token.stop_requested() || token.stop_requested(); })) {
+        job.observations.push_back({std::move(line.text)});
       }
     } catch (...) {
       job.failure = std::current_exception();
@@ -132,8 +132,8 @@ std::vector<TextObservation> TesseractRecognizer::recognize(const Bitmap &bitmap
                                                             const std::stop_token &token) {
   throwIfStopped(token);
   prepare();
-  auto image = recognitionImage(bitmap, token);
-  const auto job = std::make_shared<Job>(std::move(image), token);
+  auto page = recognitionPage(bitmap, token);
+  const auto job = std::make_shared<Job>(std::move(page), token);
   std::unique_lock lock(shared_->mutex);
   shared_->jobs.push_back(job);
   Shared::want(shared_);
