@@ -1,7 +1,6 @@
 #include "platform/linux/recognition/LanguageReader.h"
 
 #include "platform/TextRecognizer.h"
-#include "platform/linux/recognition/LanguageChoice.h"
 
 #include <algorithm>
 #include <iterator>
@@ -37,6 +36,15 @@ float confidence(const std::vector<RecognizedLine> &lines) {
   return length > 0 ? static_cast<float>(sum / length) : 0;
 }
 
+/// Whether there are letters of U+00C0 to U+024F.
+bool hasAccents(const std::vector<RecognizedLine> &lines) {
+  return std::any_of(lines.begin(), lines.end(), [](const auto &line) {
+    return std::any_of(line.text.begin(), line.text.end(), [](char byte) {
+      return static_cast<unsigned char>(byte) >= 0xC3 && static_cast<unsigned char>(byte) <= 0xC9;
+    });
+  });
+}
+
 }  // namespace
 
 LanguageReader::LanguageReader(const std::string &library,
@@ -60,34 +68,53 @@ public:
   PageReading(LanguageReader &reader, const RecognitionPage &page, const std::function<bool()> &isCancelled)
       : reader_(reader), page_(page), isCancelled_(isCancelled) {}
 
+  ~PageReading() {
+    // What the picture shows is not kept.
+    for (const auto set : prepared_) {
+      reader_.engine(set).clear();
+    }
+  }
+  PageReading(const PageReading &) = delete;
+  PageReading &operator=(const PageReading &) = delete;
+
   std::vector<RecognizedLine> read(const TextBlock &block) {
-    // Others read Latin letters with confidence, too, so these are looked for first.
     std::size_t best = reader_.recent_;
-    if (best != 0 && confidence(read(0, block.sample)) >= goodConfidence) {
+    // Other scripts' data reads Latin letters with confidence, too, so these are looked for first.
+    if (best != 0 && !isForAccents(best) && confidence(read(0, block.sample)) >= goodConfidence) {
       best = 0;
     }
     auto lines = read(best, block.box);
     if (confidence(lines) < goodConfidence) {
-      const std::size_t other = bestForSample(block.sample, best, confidence(lines));
-      if (other != best) {
-        auto otherLines = read(other, block.box);
-        if (confidence(otherLines) > confidence(lines)) {
-          lines = std::move(otherLines);
-          best = other;
-        }
-      }
+      retry(bestForSample(block.sample, best, confidence(lines)), block, best, lines);
+    }
+    if (best == 0 && hasAccents(lines) && reader_.sets_.size() > 1 && isForAccents(1)) {
+      retry(1, block, best, lines);
     }
     if (confidence(lines) >= goodConfidence) {
-      reader_.recent_ = best;
+      reader_.recent_ = isForAccents(best) && !hasAccents(lines) ? 0 : best;
     }
     return lines;
   }
 
 private:
+  bool isForAccents(std::size_t set) const { return reader_.sets_[set].isForAccents; }
+
+  /// Takes what `other` reads when that is more likely.
+  void retry(std::size_t other, const TextBlock &block, std::size_t &best,
+             std::vector<RecognizedLine> &lines) {
+    if (other != best) {
+      auto otherLines = read(other, block.box);
+      if (confidence(otherLines) >= confidence(lines)) {
+        lines = std::move(otherLines);
+        best = other;
+      }
+    }
+  }
+
   std::size_t bestForSample(const PixelBox &sample, std::size_t best, float bestConfidence) {
     const std::size_t first = best;
     for (std::size_t set = 0; set < reader_.sets_.size() && bestConfidence < goodConfidence; ++set) {
-      const float here = set == first ? 0 : confidence(read(set, sample));
+      const float here = set == first || isForAccents(set) ? 0 : confidence(read(set, sample));
       if (here > bestConfidence) {
         best = set;
         bestConfidence = here;
@@ -125,7 +152,7 @@ std::vector<RecognizedLine> LanguageReader::read(const RecognitionPage &page,
 TesseractEngine &LanguageReader::engine(std::size_t set) {
   auto &engine = engines_[set];
   if (!engine) {
-    engine = std::make_unique<TesseractEngine>(library_, dataFolder_, sets_[set]);
+    engine = std::make_unique<TesseractEngine>(library_, dataFolder_, sets_[set].languages);
   }
   return *engine;
 }

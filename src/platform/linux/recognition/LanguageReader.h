@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/recognition/LanguageChoice.h"
 #include "platform/linux/recognition/RecognitionPage.h"
 #include "platform/linux/recognition/TesseractEngine.h"
 
@@ -30,7 +31,7 @@ private:
 
   const TesseractLibrary library_;
   std::filesystem::path dataFolder_;
-  std::vector<std::string> sets_;
+  std::vector<LanguageSet> sets_;
   std::size_t recent_ = 0;                                           // the set that read best the last time
   std::map<std::size_t, std::unique_ptr<TesseractEngine>> engines_;  // by the number of their set
 };

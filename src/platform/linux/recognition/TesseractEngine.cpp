@@ -35,6 +35,10 @@ void TesseractEngine::setImage(const GreyImage &image) {
   library_.setResolution(api_, resolution);
 }
 
+void TesseractEngine::clear() {
+  library_.clear(api_);
+}
+
 std::vector<RecognizedLine> TesseractEngine::read(const PixelBox &box, PageKind kind,
                                                   const std::function<bool()> &isCancelled) {
   library_.setPageSegmentation(api_, kind == PageKind::Block ? TesseractLibrary::pageSegmentationBlock

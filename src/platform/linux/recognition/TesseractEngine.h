@@ -33,8 +33,9 @@ public:
   TesseractEngine &operator=(const TesseractEngine &) = delete;
   ~TesseractEngine();
 
-  /// The picture that read() reads from, which must stay alive as long.
+  /// The picture that read() reads from, until clear().
   void setImage(const GreyImage &image);
+  void clear();
   /// The lines in a part of the picture. Asks `isCancelled` at every word, and throws CancellationError when
   /// it is.
   std::vector<RecognizedLine> read(const PixelBox &box, PageKind kind,
