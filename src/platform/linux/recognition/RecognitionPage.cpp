@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -13,8 +14,12 @@
 namespace lumiwren {
 namespace {
 
+/// Common letters are small for the engine. It takes time in proportion to their width, and reads narrow ones
+/// as well as wide ones.
+constexpr double enlargementDown = 2;
+constexpr double enlargementAcross = 1.85;
 constexpr int margin = 10;  // pixels; letters at the very edge are read badly
-/// Letters of twice the size of most screens' need not be enlarged.
+/// Letters that are this high, on screens of twice the density, need not be enlarged.
 constexpr int largeLetters = 12;
 /// Tesseract takes pictures of up to 32,767 pixels a side; memory for one of 30 million is enough.
 constexpr int maximumSide = 32'000;
@@ -38,40 +43,67 @@ GreyImage darkOnLight(const Bitmap &bitmap) {
   return result;
 }
 
-/// Twice as wide, in rows that stand `stride` bytes apart while their pixels stand `step` apart; cubic, so
-/// that strokes stay sharp.
-void doubled(const std::uint8_t *from, int length, std::size_t fromStep, std::uint8_t *to,
-             std::size_t toStep) {
-  // A quarter of a pixel to either side: the weights of Catmull and Rom's curve, of 256.
-  constexpr std::array<int, 4> weights{-6, 58, 222, -18};
-  const auto at = [&](int place) {
-    return static_cast<int>(from[static_cast<std::size_t>(std::clamp(place, 0, length - 1)) * fromStep]);
-  };
-  for (int place = 0; place < length; ++place) {
-    int before = 128;
-    int behind = 128;
-    for (int tap = 0; tap < 4; ++tap) {
-      before += weights[static_cast<std::size_t>(tap)] * at(place - 2 + tap);
-      behind += weights[static_cast<std::size_t>(tap)] * at(place + 2 - tap);
+/// How one line of pixels becomes a longer one: cubic, so that strokes stay sharp.
+class Enlargement {
+public:
+  Enlargement(int length, double factor) : last_(length - 1) {
+    const int longer = static_cast<int>(std::lround(length * factor));
+    taps_.reserve(static_cast<std::size_t>(longer));
+    for (int place = 0; place < longer; ++place) {
+      const double source = (place + 0.5) / factor - 0.5;
+      const double left = std::floor(source);
+      const double t = source - left;
+      // The curve of Catmull and Rom.
+      const std::array<double, 4> weights{((-0.5 * t + 1) * t - 0.5) * t, (1.5 * t - 2.5) * t * t + 1,
+                                          ((-1.5 * t + 2) * t + 0.5) * t, (0.5 * t - 0.5) * t * t};
+      Taps taps{static_cast<int>(left) - 1, {}};
+      for (std::size_t tap = 0; tap < weights.size(); ++tap) {
+        taps.weights[tap] = static_cast<int>(std::lround(weights[tap] * one));
+      }
+      taps_.push_back(taps);
     }
-    to[static_cast<std::size_t>(place) * 2 * toStep] =
-        static_cast<std::uint8_t>(std::clamp(before >> 8, 0, 255));
-    to[(static_cast<std::size_t>(place) * 2 + 1) * toStep] =
-        static_cast<std::uint8_t>(std::clamp(behind >> 8, 0, 255));
   }
-}
+
+  int length() const { return static_cast<int>(taps_.size()); }
+
+  /// The pixels of a line are `step` bytes apart.
+  void apply(const std::uint8_t *from, std::size_t fromStep, std::uint8_t *to, std::size_t toStep) const {
+    for (const auto &taps : taps_) {
+      int sum = one / 2;
+      for (int tap = 0; tap < 4; ++tap) {
+        const auto place = static_cast<std::size_t>(std::clamp(taps.first + tap, 0, last_));
+        sum += taps.weights[static_cast<std::size_t>(tap)] * from[place * fromStep];
+      }
+      *to = static_cast<std::uint8_t>(std::clamp(sum / one, 0, 255));
+      to += toStep;
+    }
+  }
+
+private:
+  static constexpr int one = 1024;
+
+  struct Taps {
+    int first;
+    std::array<int, 4> weights;
+  };
+
+  int last_;
+  std::vector<Taps> taps_;
+};
 
 GreyImage enlarged(const GreyImage &image) {
-  GreyImage wide{image.width * 2, image.height, {}};
-  wide.pixels.resize(image.pixels.size() * 2);
+  const Enlargement across(image.width, enlargementAcross);
+  const Enlargement down(image.height, enlargementDown);
+  GreyImage wide{across.length(), image.height, {}};
+  wide.pixels.resize(static_cast<std::size_t>(wide.width) * static_cast<std::size_t>(wide.height));
   for (int y = 0; y < image.height; ++y) {
-    doubled(&image.pixels[image.at(0, y)], image.width, 1, &wide.pixels[wide.at(0, y)], 1);
+    across.apply(&image.pixels[image.at(0, y)], 1, &wide.pixels[wide.at(0, y)], 1);
   }
-  GreyImage result{wide.width, image.height * 2, {}};
-  result.pixels.resize(wide.pixels.size() * 2);
+  GreyImage result{wide.width, down.length(), {}};
+  result.pixels.resize(static_cast<std::size_t>(result.width) * static_cast<std::size_t>(result.height));
   const auto step = static_cast<std::size_t>(wide.width);
   for (int x = 0; x < wide.width; ++x) {
-    doubled(&wide.pixels[wide.at(x, 0)], wide.height, step, &result.pixels[result.at(x, 0)], step);
+    down.apply(&wide.pixels[wide.at(x, 0)], step, &result.pixels[result.at(x, 0)], step);
   }
   return result;
 }
@@ -87,10 +119,15 @@ GreyImage framed(const GreyImage &image, std::uint8_t shade) {
 }
 
 /// A box of the picture before it was enlarged and framed, with some room around it.
-PixelBox placed(const PixelBox &box, int scale, int room, const GreyImage &image) {
-  return {std::max(0, box.left * scale + margin - room), std::max(0, box.top * scale + margin - room),
-          std::min(image.width, box.right * scale + margin + room),
-          std::min(image.height, box.bottom * scale + margin + room)};
+PixelBox placed(const PixelBox &box, double across, double down, int room, const GreyImage &image) {
+  const auto first = [&](int place, double factor) {
+    return std::max(0, static_cast<int>(std::floor(place * factor)) + margin - room);
+  };
+  const auto behind = [&](int place, double factor, int length) {
+    return std::min(length, static_cast<int>(std::ceil(place * factor)) + margin + room);
+  };
+  return {first(box.left, across), first(box.top, down), behind(box.right, across, image.width),
+          behind(box.bottom, down, image.height)};
 }
 
 }  // namespace
@@ -105,7 +142,8 @@ RecognitionPage recognitionPage(const Bitmap &bitmap, const std::stop_token &tok
   const bool isLarge = layout.letterHeight >= largeLetters ||
                        std::max(grey.width, grey.height) * 2 + 2 * margin > maximumSide ||
                        4.0 * grey.width * grey.height > maximumPixels;
-  const int scale = isLarge ? 1 : 2;
+  const double across = isLarge ? 1 : enlargementAcross;
+  const double down = isLarge ? 1 : enlargementDown;
   page.image = framed(isLarge ? grey : enlarged(grey), page.isLaidOut ? 255 : grey.pixels.front());
   throwIfStopped(token);
   if (!page.isLaidOut) {
@@ -113,10 +151,10 @@ RecognitionPage recognitionPage(const Bitmap &bitmap, const std::stop_token &tok
     page.blocks.push_back({everything, everything});
   }
   // Less than half of what is blank between blocks.
-  const int room = std::min(margin, layout.letterHeight * scale);
+  const int room = std::min(margin, static_cast<int>(layout.letterHeight * down));
   for (const auto &block : layout.blocks) {
-    page.blocks.push_back(
-        {placed(block.box, scale, room, page.image), placed(block.sample, scale, 2 * scale, page.image)});
+    page.blocks.push_back({placed(block.box, across, down, room, page.image),
+                           placed(block.sample, across, down, 4, page.image)});
   }
   return page;
 }
