@@ -1,10 +1,12 @@
 #pragma once
 
+#include "base/Task.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <numeric>
+#include <stop_token>
 #include <vector>
 
 namespace lumiwren {
@@ -26,9 +28,9 @@ struct Components {
   std::vector<Component> all;
 
   /// `joins(a, b)` says whether two neighbouring pixels, given by their places, belong together.
-  /// `isDiagonal` joins corners, too.
+  /// `isDiagonal` joins corners, too. Throws CancellationError when the token is stopped.
   template <typename Joins>
-  static Components of(int width, int height, bool isDiagonal, Joins joins) {
+  static Components of(int width, int height, bool isDiagonal, const std::stop_token &token, Joins joins) {
     const auto columns = static_cast<std::size_t>(width);
     Components result;
     auto &parents = result.labels;
@@ -42,6 +44,7 @@ struct Components {
     };
     std::size_t at = 0;
     for (int y = 0; y < height; ++y) {
+      throwIfStopped(token);
       for (int x = 0; x < width; ++x, ++at) {
         auto mine = static_cast<std::uint32_t>(at);
         parents[at] = mine;
@@ -69,6 +72,7 @@ struct Components {
     // A root comes before all that it is the root of.
     at = 0;
     for (int y = 0; y < height; ++y) {
+      throwIfStopped(token);
       for (int x = 0; x < width; ++x, ++at) {
         if (parents[at] == at) {
           parents[at] = static_cast<std::uint32_t>(result.all.size());

@@ -38,16 +38,12 @@ public:
   Mapping(const Bitmap &bitmap, const std::stop_token &token) : bitmap_(bitmap), token_(token) {}
 
   std::optional<GreyImage> map() {
-    throwIfStopped(token_);
     findGround();
-    throwIfStopped(token_);
     if (groundPixels_ < static_cast<double>(size()) * leastGround) {
       return std::nullopt;
     }
     spreadGround();
-    throwIfStopped(token_);
     GreyImage result{bitmap_.width, bitmap_.height, distances()};
-    throwIfStopped(token_);
     removeRules(result);
     return result;
   }
@@ -58,12 +54,20 @@ private:
   }
   int channel(std::size_t at, std::size_t which) const { return bitmap_.rgb[at * 3 + which]; }
 
+  /// Now and then, in the course of a loop over all pixels.
+  void checkAt(std::size_t at) const {
+    if (at % 4096 == 0) {
+      throwIfStopped(token_);
+    }
+  }
+
   void findGround() {
-    parts_ = Components::of(bitmap_.width, bitmap_.height, false, [this](std::size_t a, std::size_t b) {
-      return std::abs(channel(a, 0) - channel(b, 0)) <= groundStep &&
-             std::abs(channel(a, 1) - channel(b, 1)) <= groundStep &&
-             std::abs(channel(a, 2) - channel(b, 2)) <= groundStep;
-    });
+    parts_ =
+        Components::of(bitmap_.width, bitmap_.height, false, token_, [this](std::size_t a, std::size_t b) {
+          return std::abs(channel(a, 0) - channel(b, 0)) <= groundStep &&
+                 std::abs(channel(a, 1) - channel(b, 1)) <= groundStep &&
+                 std::abs(channel(a, 2) - channel(b, 2)) <= groundStep;
+        });
     isGround_.reserve(parts_.all.size());
     for (const auto &part : parts_.all) {
       const double rectangle = static_cast<double>(part.width()) * part.height();
@@ -86,6 +90,7 @@ private:
       }
     };
     for (std::size_t at = 0; at < size(); ++at) {
+      checkAt(at);
       if (isGround_[parts_.labels[at]]) {
         nearest_[at] = static_cast<std::uint32_t>(at);
         distance[at] = 0;
@@ -99,6 +104,7 @@ private:
       }
     }
     for (std::size_t at = size(); at-- > 0;) {
+      checkAt(at);
       if (at % width != width - 1) {
         take(at, at + 1);
       }
@@ -135,6 +141,7 @@ private:
     std::vector<std::uint8_t> result(size());
     std::vector<std::uint8_t> farthest(parts_.all.size());
     for (std::size_t at = 0; at < size(); ++at) {
+      checkAt(at);
       const std::size_t ground = nearest_[at];
       if (ground == at || isSeam(at)) {
         continue;
@@ -160,7 +167,7 @@ private:
   void removeRules(GreyImage &map) const {
     auto &pixels = map.pixels;
     const auto isInk = [&](std::size_t at) { return pixels[at] < 255 - inkDarkness; };
-    const auto ink = Components::of(map.width, map.height, true,
+    const auto ink = Components::of(map.width, map.height, true, token_,
                                     [&](std::size_t a, std::size_t b) { return isInk(a) == isInk(b); });
     std::vector<bool> isRule;
     isRule.reserve(ink.all.size());

@@ -91,18 +91,20 @@ private:
   std::vector<Taps> taps_;
 };
 
-GreyImage enlarged(const GreyImage &image) {
+GreyImage enlarged(const GreyImage &image, const std::stop_token &token) {
   const Enlargement across(image.width, enlargementAcross);
   const Enlargement down(image.height, enlargementDown);
   GreyImage wide{across.length(), image.height, {}};
   wide.pixels.resize(static_cast<std::size_t>(wide.width) * static_cast<std::size_t>(wide.height));
   for (int y = 0; y < image.height; ++y) {
+    throwIfStopped(token);
     across.apply(&image.pixels[image.at(0, y)], 1, &wide.pixels[wide.at(0, y)], 1);
   }
   GreyImage result{wide.width, down.length(), {}};
   result.pixels.resize(static_cast<std::size_t>(result.width) * static_cast<std::size_t>(result.height));
   const auto step = static_cast<std::size_t>(wide.width);
   for (int x = 0; x < wide.width; ++x) {
+    throwIfStopped(token);
     down.apply(&wide.pixels[wide.at(x, 0)], step, &result.pixels[result.at(x, 0)], step);
   }
   return result;
@@ -138,14 +140,12 @@ RecognitionPage recognitionPage(const Bitmap &bitmap, const std::stop_token &tok
   page.isLaidOut = ink.has_value();
   auto layout = ink ? textLayout(*ink, token) : TextLayout();
   const GreyImage grey = ink ? std::move(*ink) : darkOnLight(bitmap);
-  throwIfStopped(token);
   const bool isLarge = layout.letterHeight >= largeLetters ||
                        std::max(grey.width, grey.height) * 2 + 2 * margin > maximumSide ||
                        4.0 * grey.width * grey.height > maximumPixels;
   const double across = isLarge ? 1 : enlargementAcross;
   const double down = isLarge ? 1 : enlargementDown;
-  page.image = framed(isLarge ? grey : enlarged(grey), page.isLaidOut ? 255 : grey.pixels.front());
-  throwIfStopped(token);
+  page.image = framed(isLarge ? grey : enlarged(grey, token), page.isLaidOut ? 255 : grey.pixels.front());
   if (!page.isLaidOut) {
     const PixelBox everything{0, 0, page.image.width, page.image.height};
     page.blocks.push_back({everything, everything});

@@ -69,10 +69,10 @@ private:
 
   /// The median of all that could be letters; of anything at all when there are none.
   int letterHeight() const {
-    const auto parts = Components::of(ink_.width, ink_.height, true, [this](std::size_t a, std::size_t b) {
-      return (ink_.pixels[a] < inkShade) == (ink_.pixels[b] < inkShade);
-    });
-    throwIfStopped(token_);
+    const auto parts =
+        Components::of(ink_.width, ink_.height, true, token_, [this](std::size_t a, std::size_t b) {
+          return (ink_.pixels[a] < inkShade) == (ink_.pixels[b] < inkShade);
+        });
     std::array<std::size_t, mostLetterHeight + 1> histogram{};
     std::size_t letters = 0;
     bool isBlank = true;
@@ -96,19 +96,21 @@ private:
     return height;
   }
 
-  std::vector<Range> rows(const PixelBox &box) const {
+  std::vector<Range> rows(const PixelBox &box, int gap = 1) const {
     std::vector<bool> isInked(static_cast<std::size_t>(box.height()));
     for (int y = box.top; y < box.bottom; ++y) {
+      throwIfStopped(token_);
       for (int x = box.left; x < box.right && !isInked[static_cast<std::size_t>(y - box.top)]; ++x) {
         isInked[static_cast<std::size_t>(y - box.top)] = isInk(x, y);
       }
     }
-    return rangesOf(isInked, box.top, 1);
+    return rangesOf(isInked, box.top, gap);
   }
 
   std::vector<Range> columns(const PixelBox &box, int gap) const {
     std::vector<bool> isInked(static_cast<std::size_t>(box.width()));
     for (int y = box.top; y < box.bottom; ++y) {
+      throwIfStopped(token_);
       for (int x = box.left; x < box.right; ++x) {
         if (isInk(x, y)) {
           isInked[static_cast<std::size_t>(x - box.left)] = true;
@@ -141,18 +143,11 @@ private:
       }
       return;
     }
-    const auto lines = rows(*box);
-    std::size_t widest = 0;
-    int width = 0;
-    for (std::size_t line = 1; line < lines.size(); ++line) {
-      if (lines[line].first - lines[line - 1].second > width) {
-        width = lines[line].first - lines[line - 1].second;
-        widest = line;
+    const auto paragraphs = rows(*box, gap_);
+    if (paragraphs.size() > 1) {
+      for (const auto &[top, bottom] : paragraphs) {
+        divide({box->left, top, box->right, bottom});
       }
-    }
-    if (width >= gap_) {
-      divide({box->left, box->top, box->right, lines[widest - 1].second});
-      divide({box->left, lines[widest].first, box->right, box->bottom});
       return;
     }
     add(*box);
