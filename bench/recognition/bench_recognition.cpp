@@ -229,7 +229,7 @@ void measureCold(const std::vector<Picture> &all) {
     ours.push_back(fresh.readAllStandardOutput().toDouble());
     command.push_back(milliseconds([&] { readByCommand(picture, true); }));
   }
-  Row{"ocr-cold", median(ours), "ms", "tesseract with one thread", median(command), 1, {}}.print();
+  Row{"ocr-cold", median(ours), "ms", "tesseract with one thread", median(command), 2, {}}.print();
 }
 
 Image load(const std::string &file) {
@@ -293,7 +293,7 @@ void measureMemory(const std::vector<Picture> &all) {
   }
   const auto values = fresh.readAllStandardOutput().split(' ');
   Row{"ocr-memory", values.at(0).toDouble(), "MB", "absolute", 1, 120, {}}.print();
-  Row{"ocr-memory-idle", values.at(1).toDouble(), "MB", "absolute", 1, 16, {}}.print();
+  Row{"ocr-memory-idle", values.at(1).toDouble(), "MB", "absolute", 1, 24, {}}.print();
 }
 
 int run(const std::vector<std::string> &arguments) {
