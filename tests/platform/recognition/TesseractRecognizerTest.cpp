@@ -3,8 +3,8 @@
 #include "base/Task.h"
 #include "platform/recognition/Bitmaps.h"
 #include "platform/recognition/DrawnText.h"
-#include "support/TemporaryFolder.h"
 #include "support/Process.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
