@@ -95,7 +95,7 @@ ScreenCaptureManager::ScreenCaptureManager(ScreenRecording &screenRecording, Chi
       mainQueue_(mainQueue),
       folder_(std::move(folder)) {}
 
-void ScreenCaptureManager::captureRegion(Completion completion) {
+void ScreenCaptureManager::captureRegion(const Completion &completion) {
   // Held by what waits for the tool: a quit in between drops both, and the file with them.
   const auto file = std::make_shared<CaptureFile>(folder_);
   const bool isRunning = processes_.launch(screenRecording_.tool(), {"-i", "-s", file->path().string()},

@@ -27,7 +27,7 @@ public:
 
   /// Returns at once. `completion` is called exactly once: from the main queue when the tool has ended, its
   /// file being gone by then, or in place when the tool cannot be started.
-  void captureRegion(Completion completion);
+  void captureRegion(const Completion &completion);
   /// Opens the desktop's privacy settings. False when it has none.
   bool requestScreenRecordingPermission();
   /// The task that removes what runs of the program that were killed have left behind: what is on the screen

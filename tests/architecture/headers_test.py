@@ -1,9 +1,11 @@
-"""Compiles every header under src/ on its own."""
+"""Compiles every header under src/ on its own. What a source file that is built includes first has compiled on its
+own there."""
 
 import concurrent.futures
 import json
 import os
 import pathlib
+import re
 import shlex
 import subprocess
 import sys
@@ -21,6 +23,17 @@ def flags_of(commands, source):
         elif word.startswith(("-I", "-D", "-std=", "-isystem/")):
             kept.append(word)
     return [compiler, *kept, "-fPIC", "-fsyntax-only", "-Wall", "-Wextra", "-x", "c++"]
+
+
+def first_includes(commands):
+    """The headers, as they are included, that come first in a file that is built."""
+    found = set()
+    for entry in commands:
+        path = pathlib.Path(entry["file"])
+        include = re.search(r'^#include ["<]([^">]+)[">]', path.read_text(), re.MULTILINE) if path.exists() else None
+        if include:
+            found.add(include[1])
+    return found
 
 
 def extra_flags(header):
@@ -42,9 +55,11 @@ def compile_alone(arguments):
 
 def main():
     source = pathlib.Path(sys.argv[1])
-    flags = flags_of(json.loads(pathlib.Path(sys.argv[2]).read_text()), source)
-    headers = sorted(header.relative_to(source).as_posix() for header in source.rglob("*.h"))
+    commands = json.loads(pathlib.Path(sys.argv[2]).read_text())
+    flags = flags_of(commands, source)
+    headers = {header.relative_to(source).as_posix() for header in source.rglob("*.h")}
     assert headers, f"no headers under {source}"
+    headers = sorted(headers - first_includes(commands))
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         results = list(pool.map(compile_alone, [(flags, source, header) for header in headers]))
     failed = [result for result in results if result[1] != 0]

@@ -59,6 +59,7 @@ std::optional<pid_t> spawn(const std::filesystem::path &executable, const std::v
   std::vector<std::string> words{executable.filename().string()};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char *> pointers;
+  pointers.reserve(words.size() + 1);
   for (auto &word : words) {
     pointers.push_back(word.data());
   }

@@ -124,7 +124,7 @@ class Studio:
 
         def unchanged():
             seen.append(bytes(display.pixels(panel.frame)[0]))
-            return len(seen) > 5 and len(set(seen[-5:])) == 1  # shorter than the caret is on
+            return len(seen) > 5 and len(set(seen[-6:])) <= 2  # with the caret, and without
 
         wait_until(unchanged, "the panel to stand still", interval=0.06)
 

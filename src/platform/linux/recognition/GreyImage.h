@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -9,8 +10,21 @@ namespace lumiwren {
 struct GreyImage {
   int width = 0;
   int height = 0;
-  int resolution = 0;  // pixels per inch, as far as layout is concerned
   std::vector<std::uint8_t> pixels;
+
+  std::size_t at(int x, int y) const {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+  }
+};
+
+/// A part of a picture, in pixels.
+struct PixelBox {
+  int left = 0, top = 0;
+  int right = 0, bottom = 0;  // behind the last pixel
+
+  int width() const { return right - left; }
+  int height() const { return bottom - top; }
+  friend bool operator==(const PixelBox &, const PixelBox &) = default;
 };
 
 }  // namespace lumiwren

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <sstream>
 #include <tuple>
+#include <utility>
 
 namespace lumiwren {
 namespace {
@@ -18,6 +19,7 @@ struct Language {
 };
 
 constexpr std::string_view latin = "Latin";
+constexpr std::string_view english = "eng";
 
 /// Every language that Debian has data for; what is not listed is a script of its own.
 constexpr std::array languages{
@@ -144,6 +146,8 @@ constexpr std::array languages{
 
 /// More at once cost time with every line and help none of them.
 constexpr std::size_t maximumSetSize = 3;
+/// Each costs memory, and time with all that nobody can read.
+constexpr std::size_t maximumSets = 8;
 
 std::string_view scriptOf(std::string_view data) {
   const auto *const found =
@@ -172,41 +176,47 @@ bool isLocaleOf(std::string_view data, std::string_view locale) {
   });
 }
 
+std::string joined(const std::vector<std::string> &names) {
+  std::string list;
+  for (const auto &name : names) {
+    list += (list.empty() ? "" : "+") + name;
+  }
+  return list;
+}
+
 }  // namespace
 
-std::vector<std::string> languageSets(const std::vector<std::string> &installed,
+std::vector<LanguageSet> languageSets(const std::vector<std::string> &installed,
                                       const std::vector<std::string> &userLanguages) {
-  // The user's languages in the user's order, then English, then the alphabet.
   const auto rank = [&](const std::string &data) {
     const auto user = std::find_if(userLanguages.begin(), userLanguages.end(),
                                    [&](const auto &locale) { return isLocaleOf(data, locale); });
-    const bool isOther = user == userLanguages.end() && data != "eng";
-    return std::tuple(scriptOf(data) != latin, data != "eng", user - userLanguages.begin(), isOther, data);
+    return std::tuple(scriptOf(data) != latin, data != english, user - userLanguages.begin(), data);
   };
   std::vector<std::string> ordered;
   std::copy_if(installed.begin(), installed.end(), std::back_inserter(ordered), isForReading);
   std::sort(ordered.begin(), ordered.end(), [&](const auto &a, const auto &b) { return rank(a) < rank(b); });
 
-  struct Set {
-    std::string_view script;
-    std::string languages;
-    std::size_t size;
-  };
-  std::vector<Set> sets;
+  std::vector<std::pair<std::string_view, std::vector<std::string>>> scripts;
   for (const auto &data : ordered) {
-    const auto set = std::find_if(sets.begin(), sets.end(),
-                                  [&](const auto &each) { return each.script == scriptOf(data); });
-    if (set == sets.end()) {
-      sets.push_back({scriptOf(data), data, 1});
-    } else if (set->size < maximumSetSize) {
-      set->languages += '+' + data;
-      ++set->size;
+    const auto script = std::find_if(scripts.begin(), scripts.end(),
+                                     [&](const auto &each) { return each.first == scriptOf(data); });
+    if (script == scripts.end()) {
+      scripts.push_back({scriptOf(data), {data}});
+    } else if (script->second.size() < maximumSetSize) {
+      script->second.push_back(data);
     }
   }
-  std::vector<std::string> names;
-  std::transform(sets.begin(), sets.end(), std::back_inserter(names),
-                 [](auto &set) { return set.languages; });
-  return names;
+  std::vector<LanguageSet> sets;
+  for (auto &[script, members] : scripts) {
+    sets.push_back({joined(members)});
+    if (members.size() > 1 && members.front() == english) {
+      std::rotate(members.begin(), members.begin() + 1, members.end());
+      sets.push_back({joined(members), true});
+    }
+  }
+  sets.resize(std::min(sets.size(), maximumSets));
+  return sets;
 }
 
 std::vector<std::string> userLanguages() {

@@ -6,10 +6,18 @@
 
 namespace lumiwren {
 
-/// The sets of languages to read with, each as the engine takes it ("eng+deu"), one for each script. The
-/// first is the Latin script's, with English and those of `userLanguages` (of locales, "de_DE.UTF-8"); the
-/// others follow in the order of the user's languages, then of the alphabet.
-std::vector<std::string> languageSets(const std::vector<std::string> &installed,
+/// Languages to read with at once.
+struct LanguageSet {
+  std::string languages;  // as the engine takes them, the most important first: "eng+deu"
+  /// Reads Latin letters with accents better than the first set, and those without a little worse.
+  bool isForAccents = false;
+  friend bool operator==(const LanguageSet &, const LanguageSet &) = default;
+};
+
+/// The sets to choose from: one for each script of the `installed` data. The first is the Latin script's,
+/// when there is any, led by English, with another for accents behind it. The languages of `userLanguages`
+/// (of locales, "de_DE.UTF-8") come before others, which are in the order of the alphabet.
+std::vector<LanguageSet> languageSets(const std::vector<std::string> &installed,
                                       const std::vector<std::string> &userLanguages);
 
 /// The locales of the user's messages, as the environment has them, the preferred one first.

@@ -7,6 +7,12 @@
 #include <utility>
 
 namespace lumiwren {
+namespace {
+
+/// Twice what a common screen has, as letters are enlarged to twice their size.
+constexpr int resolution = 192;
+
+}  // namespace
 
 TesseractEngine::TesseractEngine(const TesseractLibrary &library, const std::filesystem::path &dataFolder,
                                  const std::string &languages)
@@ -17,7 +23,6 @@ TesseractEngine::TesseractEngine(const TesseractLibrary &library, const std::fil
     throw TextRecognitionError("Text recognition cannot read its data for " + languages + " in " +
                                dataFolder.string() + ". Reinstall the package tesseract-ocr-eng.");
   }
-  library_.setPageSegmentation(api_, TesseractLibrary::pageSegmentationAuto);
 }
 
 TesseractEngine::~TesseractEngine() {
@@ -25,40 +30,46 @@ TesseractEngine::~TesseractEngine() {
   library_.destroy(api_);
 }
 
-std::vector<RecognizedLine> TesseractEngine::read(const GreyImage &image, std::function<bool()> isCancelled) {
+void TesseractEngine::setImage(const GreyImage &image) {
   library_.setImage(api_, image.pixels.data(), image.width, image.height, 1, image.width);
-  library_.setResolution(api_, image.resolution);
+  library_.setResolution(api_, resolution);
+}
+
+void TesseractEngine::clear() {
+  library_.clear(api_);
+}
+
+std::vector<RecognizedLine> TesseractEngine::read(const PixelBox &box, PageKind kind,
+                                                  const std::function<bool()> &isCancelled) {
+  library_.setPageSegmentation(api_, kind == PageKind::Block ? TesseractLibrary::pageSegmentationBlock
+                                                             : TesseractLibrary::pageSegmentationAuto);
+  library_.setRectangle(api_, box.left, box.top, box.width(), box.height());
   const std::unique_ptr<TesseractLibrary::Monitor, decltype(library_.monitorDelete)> monitor(
       library_.monitorCreate(), library_.monitorDelete);
-  library_.monitorSetCancelContext(monitor.get(), &isCancelled);
+  auto ask = isCancelled;
+  library_.monitorSetCancelContext(monitor.get(), &ask);
   library_.monitorSetCancelFunction(
       monitor.get(), [](void *context, int) { return (*static_cast<std::function<bool()> *>(context))(); });
-  const bool failed = library_.recognize(api_, monitor.get()) != 0;
-
-  std::vector<RecognizedLine> lines;
-  if (!failed && !isCancelled()) {
-    const std::unique_ptr<TesseractLibrary::Iterator, decltype(library_.iteratorDelete)> iterator(
-        library_.iterator(api_), library_.iteratorDelete);
-    constexpr int level = TesseractLibrary::levelTextLine;
-    if (iterator) {
-      do {
-        const std::unique_ptr<char, decltype(library_.deleteText)> text(
-            library_.iteratorText(iterator.get(), level), library_.deleteText);
-        RecognizedLine line;
-        if (text && library_.pageBoundingBox(library_.iteratorPage(iterator.get()), level, &line.left,
-                                             &line.top, &line.right, &line.bottom) != 0) {
-          line.text = text.get();
-          line.text.erase(line.text.find_last_not_of(" \n") + 1);
-          line.confidence = library_.iteratorConfidence(iterator.get(), level);
-          lines.push_back(std::move(line));
-        }
-      } while (library_.iteratorNext(iterator.get(), level) != 0);
-    }
-  }
-  library_.clear(api_);
+  const bool isRead = library_.recognize(api_, monitor.get()) == 0;
   if (isCancelled()) {
     throw CancellationError();
   }
+  std::vector<RecognizedLine> lines;
+  const std::unique_ptr<TesseractLibrary::Iterator, decltype(library_.iteratorDelete)> iterator(
+      isRead ? library_.iterator(api_) : nullptr, library_.iteratorDelete);
+  if (!iterator) {
+    return lines;
+  }
+  constexpr int level = TesseractLibrary::levelTextLine;
+  do {
+    const std::unique_ptr<char, decltype(library_.deleteText)> text(
+        library_.iteratorText(iterator.get(), level), library_.deleteText);
+    std::string line = text ? text.get() : "";
+    line.erase(line.find_last_not_of(" \n") + 1);
+    if (!line.empty()) {
+      lines.push_back({std::move(line), library_.iteratorConfidence(iterator.get(), level)});
+    }
+  } while (library_.iteratorNext(iterator.get(), level) != 0);
   return lines;
 }
 

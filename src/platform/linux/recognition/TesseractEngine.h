@@ -13,9 +13,14 @@ namespace lumiwren {
 
 /// A line as the engine reads it.
 struct RecognizedLine {
-  std::string text;                              // UTF-8, without its line break
-  float confidence = 0;                          // percent
-  int left = 0, top = 0, right = 0, bottom = 0;  // pixels of the picture that was read
+  std::string text;      // UTF-8, without its line break; never empty
+  float confidence = 0;  // percent
+};
+
+/// What the engine is told about the picture.
+enum class PageKind {
+  Block,    // lines of one block, one below the other
+  Unknown,  // anything
 };
 
 /// The engine with the data of some languages. One thread at a time.
@@ -28,9 +33,13 @@ public:
   TesseractEngine &operator=(const TesseractEngine &) = delete;
   ~TesseractEngine();
 
-  /// The lines in reading order. Dark text on light ground is expected. Asks `isCancelled` at every word, and
-  /// throws CancellationError when it is.
-  std::vector<RecognizedLine> read(const GreyImage &image, std::function<bool()> isCancelled);
+  /// The picture that read() reads from, until clear().
+  void setImage(const GreyImage &image);
+  void clear();
+  /// The lines in a part of the picture. Asks `isCancelled` at every word, and throws CancellationError when
+  /// it is.
+  std::vector<RecognizedLine> read(const PixelBox &box, PageKind kind,
+                                   const std::function<bool()> &isCancelled);
 
 private:
   const TesseractLibrary &library_;

@@ -28,6 +28,7 @@ TesseractLibrary::TesseractLibrary(const std::string &name) {
   find(setVariable, "TessBaseAPISetVariable");
   find(setPageSegmentation, "TessBaseAPISetPageSegMode");
   find(setImage, "TessBaseAPISetImage");
+  find(setRectangle, "TessBaseAPISetRectangle");
   find(setResolution, "TessBaseAPISetSourceResolution");
   find(recognize, "TessBaseAPIRecognize");
   find(clear, "TessBaseAPIClear");
@@ -39,8 +40,6 @@ TesseractLibrary::TesseractLibrary(const std::string &name) {
   find(iterator, "TessBaseAPIGetIterator");
   find(iteratorDelete, "TessResultIteratorDelete");
   find(iteratorNext, "TessResultIteratorNext");
-  find(iteratorPage, "TessResultIteratorGetPageIteratorConst");
-  find(pageBoundingBox, "TessPageIteratorBoundingBox");
   find(iteratorText, "TessResultIteratorGetUTF8Text");
   find(iteratorConfidence, "TessResultIteratorConfidence");
   find(deleteText, "TessDeleteText");

@@ -10,10 +10,10 @@ struct TesseractLibrary {
   struct API;
   struct Monitor;
   struct Iterator;
-  struct PageIterator;
 
   static constexpr int engineLSTM = 1;
   static constexpr int pageSegmentationAuto = 3;
+  static constexpr int pageSegmentationBlock = 6;
   static constexpr int levelTextLine = 2;
 
   /// Loads the library, which stays in memory: OpenMP's runtime, which it brings, cannot leave it. Throws
@@ -27,6 +27,7 @@ struct TesseractLibrary {
   void (*setPageSegmentation)(API *, int mode);
   void (*setImage)(API *, const unsigned char *pixels, int width, int height, int bytesPerPixel,
                    int bytesPerLine);
+  void (*setRectangle)(API *, int left, int top, int width, int height);
   void (*setResolution)(API *, int pixelsPerInch);
   int (*recognize)(API *, Monitor *);  // not 0 when it fails
   void (*clear)(API *);
@@ -40,8 +41,6 @@ struct TesseractLibrary {
   Iterator *(*iterator)(API *);
   void (*iteratorDelete)(Iterator *);
   int (*iteratorNext)(Iterator *, int level);
-  const PageIterator *(*iteratorPage)(const Iterator *);
-  int (*pageBoundingBox)(const PageIterator *, int level, int *left, int *top, int *right, int *bottom);
   char *(*iteratorText)(const Iterator *, int level);
   float (*iteratorConfidence)(const Iterator *, int level);
   void (*deleteText)(const char *);

@@ -3,7 +3,7 @@
 #include "base/Memory.h"
 #include "base/Task.h"
 #include "platform/linux/recognition/LanguageReader.h"
-#include "platform/linux/recognition/RecognitionImage.h"
+#include "platform/linux/recognition/RecognitionPage.h"
 
 #include <condition_variable>
 #include <cstdlib>
@@ -18,10 +18,15 @@ namespace {
 
 /// A picture that waits to be read, and what it says in the end.
 struct Job {
-  const GreyImage image;
+  Job(RecognitionPage readPage, std::stop_token callersToken)
+      : page(std::move(readPage)), token(std::move(callersToken)) {}
+
+  const RecognitionPage page;
   const std::stop_token token;  // the caller's
   std::vector<TextObservation> observations;
-  std::exception_ptr failure;
+  // Not an exception, which two threads would own.
+  std::optional<std::string> failure;
+  bool isCancelled = false;  // by the engine's thread
   bool isDone = false;
 };
 
@@ -52,12 +57,12 @@ struct TesseractRecognizer::Shared {
   void run(const std::stop_token &token) {
     bool again = true;
     while (again) {
-      std::exception_ptr failure;
+      std::optional<std::string> failure;
       try {
         LanguageReader reader(options.library, options.dataFolders);
         serve(reader, token);
-      } catch (...) {
-        failure = std::current_exception();
+      } catch (const std::exception &error) {
+        failure = error.what();
       }
       releaseFreedMemory();
       again = settle(failure, token);
@@ -88,20 +93,23 @@ private:
   static void read(LanguageReader &reader, Job &job, const std::stop_token &token) {
     try {
       for (auto &line :
-           reader.read(job.image, [&] { return job.token.stop_requested() || token.stop_requested(); })) {
-        job.observations.push_back({line.text.empty() ? std::nullopt : std::optional(std::move(line.text))});
+           reader.read(job.page, [&] { return job.token.stop_requested() || token.stop_requested(); })) {
+        job.observations.push_back({std::move(line.text)});
       }
-    } catch (...) {
-      job.failure = std::current_exception();
+    } catch (const CancellationError &) {
+      job.isCancelled = true;
+    } catch (const std::exception &error) {
+      job.failure = error.what();
     }
   }
 
   /// After the engine has been let go of. False when the thread may end.
-  bool settle(const std::exception_ptr &failure, const std::stop_token &token) {
+  bool settle(const std::optional<std::string> &failure, const std::stop_token &token) {
     const std::lock_guard lock(mutex);
     if (failure || token.stop_requested()) {
       for (const auto &job : jobs) {
-        job->failure = failure ? failure : std::make_exception_ptr(CancellationError());
+        job->failure = failure;
+        job->isCancelled = !failure;
         job->isDone = true;
       }
       jobs.clear();
@@ -132,15 +140,18 @@ std::vector<TextObservation> TesseractRecognizer::recognize(const Bitmap &bitmap
                                                             const std::stop_token &token) {
   throwIfStopped(token);
   prepare();
-  auto image = recognitionImage(bitmap, token);
-  const auto job = std::make_shared<Job>(std::move(image), token);
+  auto page = recognitionPage(bitmap, token);
+  const auto job = std::make_shared<Job>(std::move(page), token);
   std::unique_lock lock(shared_->mutex);
   shared_->jobs.push_back(job);
   Shared::want(shared_);
   shared_->changed.wait(lock, token, [&] { return job->isDone; });
   throwIfStopped(token);
+  if (job->isCancelled) {
+    throw CancellationError();
+  }
   if (job->failure) {
-    std::rethrow_exception(job->failure);
+    throw TextRecognitionError(*job->failure);
   }
   return std::move(job->observations);
 }
