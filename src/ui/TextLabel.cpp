@@ -25,7 +25,8 @@ void TextLabel::paintEvent(QPaintEvent * /*event*/) {
   // The colour of a label is its palette's, from which all of ours are derived.
   QPainter painter(this);
   painter.setPen(color());
-  painter.drawText(contentsRect(), static_cast<int>(alignment()) | (wordWrap() ? Qt::TextWordWrap : 0), text());
+  painter.drawText(contentsRect(), static_cast<int>(alignment()) | (wordWrap() ? Qt::TextWordWrap : 0),
+                   text());
 }
 
 }  // namespace lumiwren
