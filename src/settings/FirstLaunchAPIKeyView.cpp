@@ -42,7 +42,7 @@ QVBoxLayout *makeWelcome() {
 FirstLaunchAPIKeyView::FirstLaunchAPIKeyView(const KeyFormServices &services, Workspace &workspace,
                                              std::function<void()> dismiss, QWidget *parent)
     : QWidget(parent),
-      form_(services, AfterError::KeepTestedKey, KeyForm::EyeToolTip::None, std::move(dismiss), this) {
+      form_(services, AfterError::KeepTestedKey, KeyForm::EyeToolTip::None, std::move(dismiss)) {
   auto *const link = new PushButton(PushButton::Kind::Link, QStringLiteral("Get an API key from OpenAI"));
   auto *const saveButton = new PushButton(PushButton::Kind::Prominent, QStringLiteral("Save & Continue"));
   saveButton->setDefault(true);

@@ -24,7 +24,7 @@ QHBoxLayout *addRow(QWidget &row, int distance) {
 }  // namespace
 
 KeyForm::KeyForm(const KeyFormServices &services, AfterError afterError, EyeToolTip eyeToolTip,
-                 std::function<void()> dismiss, QWidget *form)
+                 std::function<void()> dismiss)
     : services_(services),
       afterError_(afterError),
       eyeToolTip_(eyeToolTip),
@@ -51,7 +51,6 @@ KeyForm::KeyForm(const KeyFormServices &services, AfterError afterError, EyeTool
   });
   connect(eye_, &QPushButton::clicked, this, &KeyForm::toggleShowKey);
   connect(testButton_, &QPushButton::clicked, this, &KeyForm::runTest);
-  form->setFocusProxy(field_);
   refresh();
 }
 

@@ -16,8 +16,8 @@ class Alert : public QDialog {
   Q_OBJECT
 
 public:
-  /// What a button is for. Return presses the default, Escape and the window's close button mean Cancel. Where
-  /// there is no default, Return presses Cancel: nothing is destroyed by it.
+  /// What a button is for. Return presses the default, Escape and the window's close button mean Cancel.
+  /// Where there is no default, Return presses Cancel: nothing is destroyed by it.
   enum class Role { Default, Cancel, Destructive };
   /// Brings the shown window to the front and gives it the keyboard.
   using Activate = std::function<void(QWidget &)>;

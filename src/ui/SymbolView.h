@@ -7,8 +7,8 @@
 
 namespace lumiwren {
 
-/// A symbol that stands in a window, `size` points square; it grows with the text. It says nothing that a text
-/// beside it does not say.
+/// A symbol that stands in a window, `size` points square; it grows with the text. It says nothing that a
+/// text beside it does not say.
 class SymbolView : public QWidget {
   Q_OBJECT
 
