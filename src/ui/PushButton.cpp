@@ -153,7 +153,7 @@ void PushButton::drawLabel(QPainter &painter, const QColor &color) {
     drawSymbol(painter, symbolName_, QPointF(left + scaledSize(symbolSize) / 2.0, height() / 2.0),
                scaledSize(symbolSize), color);
   }
-  if (kind_ == Kind::Link && (underMouse() || isDown())) {
+  if (kind_ == Kind::Link && isEnabled() && (underMouse() || isDown())) {
     QFont underlined = font();
     underlined.setUnderline(true);
     painter.setFont(underlined);

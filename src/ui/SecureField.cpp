@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QSignalBlocker>
+#include <QVariant>
 
 #include <cstring>
 
@@ -15,9 +16,7 @@ void wipe(QString &text) {
 
 }  // namespace
 
-SecureField::SecureField(const QString &name, QWidget *parent)
-    : TextField(name, Face::Monospaced, parent) {
-  setInputMethodHints(Qt::ImhSensitiveData | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase);
+SecureField::SecureField(const QString &name, QWidget *parent) : TextField(name, Face::Monospaced, parent) {
   setMasked(true);
 }
 
@@ -28,6 +27,7 @@ SecureField::~SecureField() {
 
 void SecureField::setMasked(bool masked) {
   setEchoMode(masked ? QLineEdit::Password : QLineEdit::Normal);
+  setAttribute(Qt::WA_InputMethodEnabled, !masked);
 }
 
 Secret SecureField::secret() const {
@@ -44,6 +44,13 @@ void SecureField::setSecret(const Secret &secret) {
     setText(decoded);
     wipe(old);
   }
+}
+
+QVariant SecureField::inputMethodQuery(Qt::InputMethodQuery query) const {
+  // The toolkit would answer with the text, masked or not.
+  const bool isText = query == Qt::ImSurroundingText || query == Qt::ImCurrentSelection ||
+                      query == Qt::ImTextBeforeCursor || query == Qt::ImTextAfterCursor;
+  return isMasked() && isText ? QVariant(QString()) : TextField::inputMethodQuery(query);
 }
 
 }  // namespace lumiwren

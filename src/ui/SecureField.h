@@ -19,6 +19,8 @@ public:
 
   Secret secret() const;
   void setSecret(const Secret &secret);
+
+  QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 };
 
 }  // namespace lumiwren

@@ -10,17 +10,16 @@
 namespace lumiwren {
 namespace {
 
-constexpr int horizontalPadding = 4;  // beside the document's own margin of as much
+// Of the frame, in which nothing is drawn over the focus ring; the document has a margin of its own.
+constexpr int horizontalPadding = 4;
 constexpr int verticalPadding = 3;
-constexpr int edge = 2;  // the focus ring's, over which nothing may be drawn
 
 }  // namespace
 
 TextArea::TextArea(const QString &name, QWidget *parent) : QPlainTextEdit(parent) {
   setAccessibleName(name);
   setFrameShape(QFrame::NoFrame);
-  setContentsMargins(edge, edge, edge, edge);
-  setViewportMargins(horizontalPadding - edge, verticalPadding - edge, 0, verticalPadding - edge);
+  setViewportMargins(horizontalPadding, verticalPadding, 0, verticalPadding);
   viewport()->setAutoFillBackground(false);
   setVerticalScrollBar(new ThinScrollBar);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -1,155 +1,101 @@
 #pragma once
 
-#include "actions/CustomActionManager.h"
+#include "ai/KeychainQueue.h"
+#include "ai/OpenAIAPIService.h"
+#include "base/MainQueue.h"
+#include "base/Task.h"
 #include "platform/testing/FakeApplicationWindows.h"
-#include "platform/testing/FakeEventMonitors.h"
-#include "platform/testing/FakePanelWindows.h"
-#include "platform/testing/FakeScreens.h"
-#include "platform/testing/FakeUserDefaults.h"
-#include "settings/ActionEditorView.h"
-#include "settings/ActionList.h"
-#include "settings/ActionRow.h"
-#include "settings/ActionsSettingsPanel.h"
-#include "settings/ActionsSettingsView.h"
-#include "settings/ActionsSettingsWindowController.h"
-#include "ui/Alert.h"
-#include "ui/Motion.h"
-#include "ui/TextArea.h"
-#include "ui/TextField.h"
+#include "platform/testing/FakeHTTPClient.h"
+#include "platform/testing/FakeSecretStore.h"
+#include "platform/testing/FakeWorkspace.h"
+#include "settings/ConnectionTest.h"
+#include "ui/PushButton.h"
+#include "ui/SecureField.h"
+#include "ui/TextLabel.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QApplication>
-#include <QKeyEvent>
-#include <QLabel>
-#include <QPushButton>
+#include <QAbstractButton>
+#include <QCoreApplication>
+#include <QWidget>
 
+#include <chrono>
+#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
-#include <vector>
+#include <thread>
 
 namespace lumiwren::testing {
 
-inline bool hasName(const QAbstractButton &button, const char *name) {
-  return button.accessibleName() == QLatin1String(name) || button.text() == QLatin1String(name);
-}
-
-/// The visible buttons of that name, in the order in which they were made.
-inline std::vector<QAbstractButton *> buttons(const QWidget &within, const char *name) {
-  std::vector<QAbstractButton *> found;
-  for (auto *const candidate : within.findChildren<QAbstractButton *>()) {
-    if (candidate->isVisible() && hasName(*candidate, name)) {
-      found.push_back(candidate);
-    }
-  }
-  return found;
-}
-
-inline QAbstractButton &button(const QWidget &within, const char *name, std::size_t index = 0) {
-  const auto found = buttons(within, name);
-  return index < found.size() ? *found[index] : throw std::runtime_error(std::string("no button ") + name);
-}
-
-/// The visible texts, in the order in which they were made.
-inline std::vector<std::string> texts(const QWidget &within) {
-  std::vector<std::string> found;
-  for (const auto *const label : within.findChildren<QLabel *>()) {
-    if (label->isVisible()) {
-      found.push_back(label->text().toStdString());
-    }
-  }
-  return found;
-}
-
-/// What the keyboard sends to the widget that has it.
-inline void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString &text = {}) {
-  for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-    if (auto *const focused = QApplication::focusWidget()) {
-      QKeyEvent event(type, key, modifiers, text);
-      QApplication::sendEvent(focused, &event);
-    }
-  }
-}
-inline void type(const QString &text) {
-  for (const QChar character : text) {
-    press(Qt::Key_unknown, Qt::NoModifier, character);
-  }
-}
-
-/// Posted events, and the end of what is deleted later.
-inline void settle() {
-  QCoreApplication::processEvents();
-  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  QCoreApplication::processEvents();
-}
-
-/// What the windows of the settings are made with. Nothing moves.
-class SettingsTest : public ::testing::Test {
+/// What the forms work with, and how a test works with a form.
+class FormTest : public ::testing::Test {
 protected:
-  SettingsTest() { setReducesMotion(true); }
-  ~SettingsTest() override {
-    setReducesMotion(false);
-    settle();
+  ~FormTest() override {
+    store.setSilent(false);
+    EXPECT_TRUE(Task::endAll(std::chrono::seconds(10)));
   }
 
-  static CustomAction action(const std::string &name,
-                             CustomAction::InputType inputType = CustomAction::InputType::TextSelection) {
-    return {UUID::random(), name, {18, 0xA0000}, "prompt of " + name, inputType, false};
-  }
-
-  MainQueue queue;
-  FakeEventMonitors monitors;
-  FakeScreens screens;
-  FakePanelWindows panelWindows;
-  FakeApplicationWindows applicationWindows;
-  FakeUserDefaults defaults;
-  CustomActionManager manager{defaults};
-};
-
-/// The whole window.
-class ActionsWindowTest : public SettingsTest {
-protected:
-  void show() {
-    controller.showWindow();
-    panel().activateWindow();
-    settle();
-  }
-  ActionsSettingsPanel &panel() { return *controller.panel(); }
-  ActionsSettingsView &view() { return *panel().findChild<ActionsSettingsView *>(); }
-  ActionList &list() { return *panel().findChild<ActionList *>(); }
-  ActionRow &row(std::size_t index) { return *list().rows().at(index); }
-  ActionEditorView *editor() { return panel().findChild<ActionEditorView *>(); }
-  Alert *alert() { return panel().findChild<Alert *>(); }
-  TextField &nameField() { return *editor()->findChild<TextField *>(); }
-  TextArea &promptArea() { return *editor()->findChild<TextArea *>(); }
-
-  void click(const QWidget &within, const char *name, std::size_t index = 0) {
-    button(within, name, index).click();
-    settle();
-  }
-  std::vector<std::string> names() {
-    std::vector<std::string> result;
-    for (const auto *const each : list().rows()) {
-      result.push_back(each->accessibleName().toStdString());
+  /// Runs the main queue until the condition holds; what it waits for happens on other threads.
+  bool runUntil(const std::function<bool()> &condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition() && std::chrono::steady_clock::now() < end) {
+      mainQueue.runPending();
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return result;
+    return condition();
   }
-  std::vector<std::string> storedNames() const {
-    std::vector<std::string> result;
-    for (const auto &each : manager.actions()) {
-      result.push_back(each.name);
-    }
-    return result;
+  /// Lets everything happen that the keyring has been asked for so far.
+  void settle() {
+    bool settled = false;
+    queue.getAPIKey([&](const std::optional<Secret> &) { settled = true; });
+    EXPECT_TRUE(runUntil([&] { return settled; }));
   }
-  void deleteAll() {
-    for (const auto &each : std::vector(manager.actions())) {
-      manager.deleteAction(each);
-    }
+  std::optional<std::string> storedKey() {
+    const auto key = keychain.getAPIKey();
+    return key ? std::optional(std::string(key->reveal())) : std::nullopt;
   }
 
-  ActionsSettingsWindowController controller{manager,      monitors,           screens,
-                                             panelWindows, applicationWindows, queue};
+  static QAbstractButton *findButton(const QWidget &window, const char *name) {
+    for (auto *const each : window.findChildren<QAbstractButton *>()) {
+      if (each->accessibleName() == QLatin1String(name)) {
+        return each;
+      }
+    }
+    return nullptr;
+  }
+  static QAbstractButton &button(const QWidget &window, const char *name) {
+    if (auto *const found = findButton(window, name)) {
+      return *found;
+    }
+    throw std::runtime_error(std::string("no button ") + name);
+  }
+  static SecureField &field(const QWidget &window) { return *window.findChild<SecureField *>(); }
+  static void type(const QWidget &window, const char *key) {
+    field(window).selectAll();
+    field(window).insert(QString::fromUtf8(key));
+  }
+  /// The label with this text, when it is to be seen once the window is.
+  static TextLabel *label(const QWidget &window, const QString &text) {
+    for (auto *const each : window.findChildren<TextLabel *>()) {
+      if (each->text() == text && each->isVisibleTo(&window)) {
+        return each;
+      }
+    }
+    return nullptr;
+  }
+
+  MainQueue mainQueue;
+  FakeHTTPClient http;
+  FakeSecretStore store;
+  FakeWorkspace workspace;
+  FakeApplicationWindows windows;
+  KeychainManager keychain{store};
+  OpenAIAPIService service{http, keychain, mainQueue, {}};
+  KeychainQueue queue{keychain, mainQueue};
+  const KeyFormServices services{queue, service, mainQueue};
+  int dismissals = 0;
+  const std::function<void()> dismiss = [this] { ++dismissals; };
 };
 
 }  // namespace lumiwren::testing
