@@ -14,7 +14,7 @@ TEST(BoxedLabelTest, StandsOnTheControlBackgroundWithItsPadding) {
   label.resize(label.sizeHint());
   const QImage picture = testing::rendered(label, 1);
   const SemanticColors colors(label.palette());
-  EXPECT_EQ(picture.pixelColor(2, picture.height() / 2), colors.controlBackground);
+  EXPECT_EQ(picture.pixel(2, picture.height() / 2), colors.controlBackground.rgb());
   EXPECT_EQ(qAlpha(picture.pixel(0, 0)), 0);
 }
 
@@ -22,9 +22,9 @@ TEST(BoxedLabelTest, HasAnAccentedOutlineWhileItIsActive) {
   BoxedLabel label(QStringLiteral("E"), TextStyle::Label, {8, 4, 8, 4});
   label.resize(60, 28);
   const SemanticColors colors(label.palette());
-  EXPECT_NE(testing::rendered(label, 1).pixelColor(30, 0), colors.accent);
+  EXPECT_NE(testing::rendered(label, 1).pixel(30, 0), colors.accent.rgb());
   label.setActive(true);
-  EXPECT_EQ(testing::rendered(label, 1).pixelColor(30, 0), colors.accent);
+  EXPECT_EQ(testing::rendered(label, 1).pixel(30, 0), colors.accent.rgb());
 }
 
 }  // namespace
