@@ -33,7 +33,7 @@ APIKeyInputView::APIKeyInputView(const KeyFormServices &services, const std::fun
                                  QWidget *parent)
     : QWidget(parent),
       keychain_(services.keychain),
-      form_(services, AfterError::RestorePreviousKey, KeyForm::EyeToolTip::NamesTheAction, dismiss, this),
+      form_(services, AfterError::RestorePreviousKey, KeyForm::EyeToolTip::NamesTheAction, dismiss),
       removeButton_(new PushButton(PushButton::Kind::Destructive, QStringLiteral("Remove Key"))) {
   auto *const cancelButton = new PushButton(PushButton::Kind::Bordered, QStringLiteral("Cancel"));
   auto *const saveButton = new PushButton(PushButton::Kind::Prominent, QStringLiteral("Save"));
@@ -71,7 +71,7 @@ void APIKeyInputView::changeEvent(QEvent *event) {
 }
 
 void APIKeyInputView::removeKey() {
-  setFocus();  // The button may be about to vanish; the keyboard is not for what comes next.
+  form_.field().setFocus();  // The button may be about to vanish; the keyboard is not for what comes next.
   isRemoving_ = true;
   refresh();
   keychain_.deleteAPIKey([weak = anchor_.weak()] {

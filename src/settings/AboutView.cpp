@@ -41,7 +41,6 @@ AboutView::AboutView(const Bundle &bundle, const std::function<void()> &onClose,
   layout->addWidget(new Divider);
   layout->addWidget(closeButton, 0, Qt::AlignHCenter);
   setFixedWidth(scaledSize(viewWidth));
-  setFocusProxy(closeButton);
   connect(closeButton, &QPushButton::clicked, this, onClose);
 }
 

@@ -42,7 +42,7 @@ QVBoxLayout *makeWelcome() {
 FirstLaunchAPIKeyView::FirstLaunchAPIKeyView(const KeyFormServices &services, Workspace &workspace,
                                              std::function<void()> dismiss, QWidget *parent)
     : QWidget(parent),
-      form_(services, AfterError::KeepTestedKey, KeyForm::EyeToolTip::None, std::move(dismiss), this) {
+      form_(services, AfterError::KeepTestedKey, KeyForm::EyeToolTip::None, std::move(dismiss)) {
   auto *const link = new PushButton(PushButton::Kind::Link, QStringLiteral("Get an API key from OpenAI"));
   auto *const saveButton = new PushButton(PushButton::Kind::Prominent, QStringLiteral("Save & Continue"));
   saveButton->setDefault(true);
@@ -59,10 +59,12 @@ FirstLaunchAPIKeyView::FirstLaunchAPIKeyView(const KeyFormServices &services, Wo
   auto *const layout = new QVBoxLayout(this);
   layout->setContentsMargins(spacing::page, spacing::page, spacing::page, spacing::page);
   layout->setSpacing(spacing::section);
+  layout->addStretch();  // The window may be higher than the form.
   layout->addLayout(makeWelcome());
   layout->addLayout(key);
   layout->addWidget(form_.resultRow());
   layout->addLayout(buttons);
+  layout->addStretch();
   setFixedWidth(scaledSize(formWidth));
 
   connect(link, &QPushButton::clicked, this, [&workspace] { workspace.openURL(keysPage); });

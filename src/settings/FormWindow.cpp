@@ -33,7 +33,7 @@ FormWindow::FormWindow(const QString &title, std::unique_ptr<QWidget> content, i
 void FormWindow::present() {
   if (!std::exchange(isPlaced_, true)) {
     centre();
-    content_->setFocus();
+    focusNextChild();  // of none, that is to the first
   }
   show();
   windows_.activate(winId());

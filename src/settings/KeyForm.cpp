@@ -24,7 +24,7 @@ QHBoxLayout *addRow(QWidget &row, int distance) {
 }  // namespace
 
 KeyForm::KeyForm(const KeyFormServices &services, AfterError afterError, EyeToolTip eyeToolTip,
-                 std::function<void()> dismiss, QWidget *form)
+                 std::function<void()> dismiss)
     : services_(services),
       afterError_(afterError),
       eyeToolTip_(eyeToolTip),
@@ -51,7 +51,6 @@ KeyForm::KeyForm(const KeyFormServices &services, AfterError afterError, EyeTool
   });
   connect(eye_, &QPushButton::clicked, this, &KeyForm::toggleShowKey);
   connect(testButton_, &QPushButton::clicked, this, &KeyForm::runTest);
-  form->setFocusProxy(field_);
   refresh();
 }
 
@@ -149,6 +148,13 @@ void KeyForm::refresh() {
                                      : QString());
   testButton_->setBusy(isTesting_);
   testButton_->setEnabled(!isEmpty() && !isTesting_);
+  // The toolkit lets a change rise through nested layouts one event after the other; the form would be seen
+  // in a window that is still too small for it.
+  for (QWidget *widget = resultRow_; widget != nullptr; widget = widget->parentWidget()) {
+    if (widget->layout() != nullptr) {
+      widget->layout()->activate();
+    }
+  }
 }
 
 }  // namespace lumiwren

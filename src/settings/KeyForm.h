@@ -27,7 +27,7 @@ public:
 
   /// `dismiss` closes the form; it is called when the key has been saved.
   KeyForm(const KeyFormServices &services, AfterError afterError, EyeToolTip eyeToolTip,
-          std::function<void()> dismiss, QWidget *form);
+          std::function<void()> dismiss);
 
   QWidget *keyRow() { return keyRow_; }
   QWidget *resultRow() { return resultRow_; }

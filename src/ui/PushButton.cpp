@@ -13,6 +13,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace lumiwren {
 namespace {
@@ -30,9 +31,7 @@ constexpr int pressedDarkness = 125;
 
 }  // namespace
 
-PushButton::PushButton(Kind kind, const QString &label, QWidget *parent)
-    : QPushButton(parent), kind_(kind), wheel_(new ProgressIndicator(wheelSize, this)) {
-  wheel_->hide();
+PushButton::PushButton(Kind kind, const QString &label, QWidget *parent) : QPushButton(parent), kind_(kind) {
   setFocusPolicy(Qt::TabFocus);
   setAttribute(Qt::WA_Hover);
   setAutoDefault(false);  // Else Return would press whatever button has the keyboard, not the default.
@@ -67,8 +66,16 @@ void PushButton::setSymbol(const QString &symbolName) {
 }
 
 void PushButton::setBusy(bool busy) {
-  wheel_->setVisible(busy);
-  placeWheel();
+  if (busy == (wheel_ != nullptr)) {
+    return;
+  }
+  if (busy) {
+    wheel_ = new ProgressIndicator(wheelSize, this);
+    placeWheel();
+    wheel_->show();
+  } else {
+    delete std::exchange(wheel_, nullptr);
+  }
   update();
 }
 
@@ -99,6 +106,9 @@ void PushButton::resizeEvent(QResizeEvent *event) {
 }
 
 void PushButton::placeWheel() {
+  if (wheel_ == nullptr) {
+    return;
+  }
   wheel_->move((width() - wheel_->width()) / 2, (height() - wheel_->height()) / 2);
 }
 
@@ -115,7 +125,7 @@ void PushButton::paintEvent(QPaintEvent * /*event*/) {
   if (showsFocus(*this)) {
     drawFocusRing(painter, *this, rect());
   }
-  if (wheel_->isHidden()) {
+  if (wheel_ == nullptr) {
     drawLabel(painter, kind_ == Kind::Prominent     ? QColor(Qt::white)
                        : kind_ == Kind::Destructive ? colors.redText
                        : kind_ == Kind::Link        ? colors.link

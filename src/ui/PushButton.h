@@ -7,8 +7,8 @@ namespace lumiwren {
 
 class ProgressIndicator;
 
-/// A button with a text, of one look on every desktop. Reached by Tab, pressed by Space, and by Return where it
-/// is the default of its dialog; never takes the keyboard focus by a click.
+/// A button with a text, of one look on every desktop. Reached by Tab, pressed by Space, and by Return where
+/// it is the default of its dialog; never takes the keyboard focus by a click.
 class PushButton : public QPushButton {
   Q_OBJECT
 
@@ -46,7 +46,7 @@ private:
 
   const Kind kind_;
   QString symbolName_;
-  ProgressIndicator *const wheel_;
+  ProgressIndicator *wheel_ = nullptr;  // while the button is busy
 };
 
 }  // namespace lumiwren

@@ -1,5 +1,7 @@
 #include "ui/SecureField.h"
 
+#include "ui/SecureFieldAccessible.h"
+
 #include <QByteArray>
 #include <QSignalBlocker>
 #include <QVariant>
@@ -17,6 +19,7 @@ void wipe(QString &text) {
 }  // namespace
 
 SecureField::SecureField(const QString &name, QWidget *parent) : TextField(name, Face::Monospaced, parent) {
+  SecureFieldAccessible::install();
   setMasked(true);
 }
 

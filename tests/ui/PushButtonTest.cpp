@@ -131,6 +131,7 @@ TEST_F(PushButtonTest, ABusyOneTurnsAWheelInThePlaceOfItsText) {
   EXPECT_EQ(button.accessibleName(), QStringLiteral("Test Connection"));
   button.setBusy(false);
   EXPECT_EQ(rendered(button, 1), idle);
+  EXPECT_EQ(button.findChild<ProgressIndicator *>(), nullptr);
 }
 
 TEST_F(PushButtonTest, SpacePressesItAndReturnDoesWhereItIsTheDefault) {
