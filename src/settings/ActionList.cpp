@@ -157,7 +157,7 @@ void ActionList::keyPressEvent(QKeyEvent *event) {
       moveTo(rows_.size());
       break;
     default:
-      QWidget::keyPressEvent(event);
+      QScrollArea::keyPressEvent(event);
   }
 }
 
