@@ -220,8 +220,8 @@ void ActionEditorView::setInputType(CustomAction::InputType inputType) {
 
 std::string ActionEditorView::prompt() const {
   // The document has its own idea of line ends; a prompt that nobody has changed stays as it was.
-  std::string typed = typedText(*promptArea_->document());
-  return action_ && typed == shownPrompt_ ? action_->prompt : std::move(typed);
+  const std::string typed = typedText(*promptArea_->document());
+  return action_ && typed == shownPrompt_ ? action_->prompt : typed;
 }
 
 void ActionEditorView::updateSaving() {

@@ -38,16 +38,24 @@ ActionList::ActionList(ActionRow::Callbacks callbacks, QWidget &previous, QWidge
 void ActionList::setActions(const std::vector<CustomAction> &actions) {
   const bool hasFocus = content_->isAncestorOf(window()->focusWidget());
   const auto *const used = rows_.empty() ? nullptr : rows_[current_];
-  auto old = std::exchange(rows_, {});
-  rows_.reserve(actions.size());
-  for (const auto &action : actions) {
-    // Of rows and actions with the same identifier the first belongs to the first.
-    const auto found = std::find_if(old.begin(), old.end(), [&action](const ActionRow *row) {
-      return row && row->action().id == action.id;
-    });
-    rows_.push_back(found == old.end() ? makeRow(action) : std::exchange(*found, nullptr));
-    if (rows_.back()->action() != action) {
-      rows_.back()->setAction(action);
+  auto old = std::exchange(rows_, std::vector<ActionRow *>(actions.size()));
+  const auto keepRows = [&](const auto &belongsTo) {
+    for (std::size_t index = 0; index < actions.size(); ++index) {
+      const auto row = std::find_if(old.begin(), old.end(), [&](const ActionRow *each) {
+        return each && belongsTo(each->action(), actions[index]);
+      });
+      if (!rows_[index] && row != old.end()) {
+        rows_[index] = std::exchange(*row, nullptr);
+        rows_[index]->setAction(actions[index]);
+      }
+    }
+  };
+  // Several actions may have one identifier; those that are as they were keep their own rows.
+  keepRows([](const CustomAction &one, const CustomAction &other) { return one == other; });
+  keepRows([](const CustomAction &one, const CustomAction &other) { return one.id == other.id; });
+  for (std::size_t index = 0; index < actions.size(); ++index) {
+    if (!rows_[index]) {
+      rows_[index] = makeRow(actions[index]);
     }
   }
   arrange();
@@ -83,21 +91,22 @@ ActionRow *ActionList::makeRow(const CustomAction &action) {
 }
 
 void ActionList::setCurrent(std::size_t index) {
+  if (index >= rows_.size()) {
+    return;
+  }
   if (current_ < rows_.size()) {
     rows_[current_]->setTabStop(false);
   }
-  if (index < rows_.size()) {
-    current_ = index;
-    rows_[index]->setTabStop(true);
-    rows_[index]->followInTabOrder(previous_);
-  }
+  current_ = index;
+  rows_[index]->setTabStop(true);
+  rows_[index]->followInTabOrder(previous_);
 }
 
 void ActionList::moveTo(std::size_t index) {
   if (!rows_.empty()) {
-    auto *const row = rows_[std::min(index, rows_.size() - 1)];
-    row->setFocus(Qt::OtherFocusReason);
-    ensureWidgetVisible(row, 0, padding);
+    setCurrent(std::min(index, rows_.size() - 1));
+    rows_[current_]->setFocus(Qt::OtherFocusReason);
+    ensureWidgetVisible(rows_[current_], 0, padding);
   }
 }
 
@@ -148,7 +157,7 @@ void ActionList::keyPressEvent(QKeyEvent *event) {
       moveTo(rows_.size());
       break;
     default:
-      QWidget::keyPressEvent(event);
+      QScrollArea::keyPressEvent(event);
   }
 }
 

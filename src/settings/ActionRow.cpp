@@ -25,6 +25,7 @@ constexpr int deleteSymbolSize = 12;
 constexpr int lineSpacing = 2;
 constexpr QMargins badgePadding{5, 2, 5, 2};
 constexpr QMargins hotkeyPadding{7, 2, 7, 2};
+constexpr qsizetype longestInQuestion = 300;
 constexpr double hoverOpacity = 0.05;
 
 QString iconOf(CustomAction::InputType inputType) {
@@ -37,6 +38,16 @@ QString titleOf(CustomAction::InputType inputType) {
   return QString::fromUtf8(title.data(), static_cast<qsizetype>(title.size()));
 }
 
+/// The name as it is asked about: on one line, and of a length that leaves the buttons on the screen.
+QString inQuestion(const CustomAction &action) {
+  QString name = QString::fromStdString(action.name).replace(QLatin1Char('\n'), QLatin1Char(' '));
+  if (name.size() > longestInQuestion) {
+    name.truncate(longestInQuestion - (name.at(longestInQuestion - 1).isHighSurrogate() ? 1 : 0));
+    name += QStringLiteral("…");
+  }
+  return name;
+}
+
 /// Keys that move through a list, whatever in a row has the keyboard.
 bool movesThroughList(int key) {
   return key == Qt::Key_Up || key == Qt::Key_Down;
@@ -45,7 +56,7 @@ bool movesThroughList(int key) {
 }  // namespace
 
 ActionRow::ActionRow(const CustomAction &action, Callbacks callbacks, QWidget *parent)
-    : QWidget(parent), callbacks_(std::move(callbacks)) {
+    : QWidget(parent), action_(action), callbacks_(std::move(callbacks)) {
   setAccessibleRole(*this, QAccessible::ListItem);
   auto *const row = new QHBoxLayout(this);
   row->setContentsMargins(spacing::medium, spacing::small, spacing::small, spacing::small);
@@ -53,7 +64,7 @@ ActionRow::ActionRow(const CustomAction &action, Callbacks callbacks, QWidget *p
   addTexts(*row);
   addButtons(*row);
   setTabStop(false);
-  setAction(action);
+  showAction();
 }
 
 void ActionRow::addTexts(QBoxLayout &row) {
@@ -104,7 +115,14 @@ void ActionRow::addButtons(QBoxLayout &row) {
 }
 
 void ActionRow::setAction(const CustomAction &action) {
+  if (action == action_) {
+    return;
+  }
   action_ = action;
+  showAction();
+}
+
+void ActionRow::showAction() {
   const QString name = QString::fromStdString(action_.name);
   const QString hotkey = QString::fromStdString(action_.hotkey.displayString());
   name_->setText(name);
@@ -134,11 +152,10 @@ void ActionRow::showDeleteConfirmation() {
   if (deleteConfirmation_) {
     return;
   }
-  deleteConfirmation_ =
-      new Alert(QStringLiteral("Delete Action"),
-                QStringLiteral("Are you sure you want to delete \"") + QString::fromStdString(action_.name) +
-                    QStringLiteral("\"? This action cannot be undone."),
-                callbacks_.activate, this);
+  deleteConfirmation_ = new Alert(QStringLiteral("Delete Action"),
+                                  QStringLiteral("Are you sure you want to delete \"") + inQuestion(action_) +
+                                      QStringLiteral("\"? This action cannot be undone."),
+                                  callbacks_.activate, this);
   const int confirm = deleteConfirmation_->addButton(QStringLiteral("Delete"), Alert::Role::Destructive);
   deleteConfirmation_->addButton(QStringLiteral("Cancel"), Alert::Role::Cancel);
   deleteConfirmation_->ask([this, confirm](int answer) {
@@ -192,6 +209,10 @@ void ActionRow::keyPressEvent(QKeyEvent *event) {
     default:
       QWidget::keyPressEvent(event);
   }
+}
+
+void ActionRow::mousePressEvent(QMouseEvent * /*event*/) {
+  // The press is for the row; the window is moved by what is behind the rows.
 }
 
 void ActionRow::paintEvent(QPaintEvent * /*event*/) {

@@ -51,11 +51,13 @@ protected:
   void focusOutEvent(QFocusEvent *event) override;
   void keyPressEvent(QKeyEvent *event) override;
   void leaveEvent(QEvent *event) override;
+  void mousePressEvent(QMouseEvent *event) override;
   void paintEvent(QPaintEvent *event) override;
 
 private:
   void addTexts(QBoxLayout &row);
   void addButtons(QBoxLayout &row);
+  void showAction();
 
   CustomAction action_;
   const Callbacks callbacks_;

@@ -4,6 +4,7 @@
 #include "ui/Palette.h"
 #include "ui/PixelGrid.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -59,9 +60,19 @@ void ActionsSettingsPanel::closeEvent(QCloseEvent *event) {
 }
 
 void ActionsSettingsPanel::mousePressEvent(QMouseEvent *event) {
-  if (event->button() == Qt::LeftButton) {
+  pressed_ = event->button() == Qt::LeftButton ? std::optional(event->position()) : std::nullopt;
+}
+
+void ActionsSettingsPanel::mouseMoveEvent(QMouseEvent *event) {
+  // Not with the press: the window manager takes the pointer, and what was only a click would not end.
+  if (pressed_ && (event->position() - *pressed_).manhattanLength() >= QApplication::startDragDistance()) {
+    pressed_.reset();
     windowHandle()->startSystemMove();
   }
+}
+
+void ActionsSettingsPanel::mouseReleaseEvent(QMouseEvent * /*event*/) {
+  pressed_.reset();
 }
 
 void ActionsSettingsPanel::paintEvent(QPaintEvent * /*event*/) {

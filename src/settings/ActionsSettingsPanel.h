@@ -3,10 +3,12 @@
 #include "base/Handle.h"
 #include "platform/PanelWindows.h"
 
+#include <QPointF>
 #include <QWidget>
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace lumiwren {
 
@@ -26,7 +28,9 @@ public:
 protected:
   void changeEvent(QEvent *event) override;
   void closeEvent(QCloseEvent *event) override;
+  void mouseMoveEvent(QMouseEvent *event) override;
   void mousePressEvent(QMouseEvent *event) override;
+  void mouseReleaseEvent(QMouseEvent *event) override;
   void paintEvent(QPaintEvent *event) override;
 
 private:
@@ -34,6 +38,7 @@ private:
 
   PanelWindows &panelWindows_;
   const std::function<void()> onClose_;
+  std::optional<QPointF> pressed_;  // where the pointer took hold of the window
   Handle compositor_;
 };
 

@@ -1,4 +1,4 @@
-#include "settings/SettingsTesting.h"
+#include "settings/ActionsTesting.h"
 
 #include "platform/KeyCodes.h"
 #include "settings/InputTypeButton.h"
@@ -25,7 +25,7 @@ using InputType = CustomAction::InputType;
 constexpr std::uint64_t optionShift = modifier::option | modifier::shift;
 
 /// An editor in a window of its own.
-class ActionEditorViewTest : public testing::SettingsTest {
+class ActionEditorViewTest : public testing::ActionsTest {
 protected:
   void open(std::optional<CustomAction> action = std::nullopt) {
     editor = std::make_unique<ActionEditorView>(

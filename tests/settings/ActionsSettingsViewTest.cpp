@@ -1,9 +1,10 @@
-#include "settings/SettingsTesting.h"
+#include "settings/ActionsTesting.h"
 
 #include "ui/BoxedLabel.h"
 #include "ui/ElidedLabel.h"
 
 #include <QAccessible>
+#include <QScreen>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -217,6 +218,19 @@ TEST_F(ActionsSettingsViewTest, DeletingAsksFirst) {
   EXPECT_EQ(manager.actions().size(), 3U);
 }
 
+TEST_F(ActionsSettingsViewTest, TheQuestionAboutAnEndlessNameFitsOnTheScreen) {
+  std::string name;
+  for (int index = 0; index < 10'000; ++index) {
+    name += index % 2 == 0 ? "word " : "line\n";
+  }
+  manager.addAction(action(name));
+  show();
+  click(row(3), "Delete");
+  ASSERT_TRUE(alert());
+  testing::settle();
+  EXPECT_LT(alert()->height(), panel().screen()->availableSize().height());
+}
+
 TEST_F(ActionsSettingsViewTest, ReturnAndEscapeDoNotDelete) {
   show();
   for (const auto key : {Qt::Key_Return, Qt::Key_Escape}) {
@@ -371,6 +385,37 @@ TEST_F(ActionsSettingsViewTest, ReturnEditsAndDeleteAsks) {
   press(Qt::Key_Delete);
   answer("Delete");
   EXPECT_TRUE(row(0).hasFocus());
+}
+
+TEST_F(ActionsSettingsViewTest, RowsThatGoWhileAnotherWindowIsActiveHandTheKeyboardOn) {
+  addMany(3);
+  show();
+  press(Qt::Key_End);
+  QWidget other;
+  other.show();
+  other.activateWindow();
+  testing::settle();
+  ASSERT_FALSE(panel().isActiveWindow());
+  for (std::size_t left = 5; left > 2; --left) {
+    manager.deleteAction(manager.actions().back());
+    EXPECT_EQ(panel().focusWidget(), &row(left - 1));
+  }
+  deleteAll();
+  manager.restoreDefaultActions();
+  EXPECT_EQ(names().size(), 3U);
+}
+
+TEST_F(ActionsSettingsViewTest, OfTwoActionsWithOneIDTheEditedOneKeepsItsRow) {
+  auto edited = CustomAction::defaultTranslate();
+  edited.isDefault = false;
+  manager.updateAction(edited);
+  show();
+  row(2).setFocus();
+  auto *const its = &row(2);
+  manager.restoreDefaultActions();
+  EXPECT_EQ(&row(3), its);
+  EXPECT_TRUE(its->hasFocus());
+  EXPECT_EQ(its->action(), edited);
 }
 
 TEST_F(ActionsSettingsViewTest, ReturnPressesTheButtonThatHasTheKeyboard) {

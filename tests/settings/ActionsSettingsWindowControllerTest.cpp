@@ -1,4 +1,4 @@
-#include "settings/SettingsTesting.h"
+#include "settings/ActionsTesting.h"
 
 #include "ui/Fonts.h"
 #include "ui/PushButton.h"

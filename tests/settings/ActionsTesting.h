@@ -84,11 +84,11 @@ inline void settle() {
   QCoreApplication::processEvents();
 }
 
-/// What the windows of the settings are made with. Nothing moves.
-class SettingsTest : public ::testing::Test {
+/// What the window of the actions is made with. Nothing moves.
+class ActionsTest : public ::testing::Test {
 protected:
-  SettingsTest() { setReducesMotion(true); }
-  ~SettingsTest() override {
+  ActionsTest() { setReducesMotion(true); }
+  ~ActionsTest() override {
     setReducesMotion(false);
     settle();
   }
@@ -108,7 +108,7 @@ protected:
 };
 
 /// The whole window.
-class ActionsWindowTest : public SettingsTest {
+class ActionsWindowTest : public ActionsTest {
 protected:
   void show() {
     controller.showWindow();
