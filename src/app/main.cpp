@@ -76,7 +76,6 @@ int runApplication(int argc, char **argv) {
   keepTextOutOfLogs();
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("lumiwren"));
-  QApplication::setApplicationDisplayName(QStringLiteral("Lumiwren"));
   QApplication::setDesktopFileName(QStringLiteral("lumiwren"));
   QApplication::setQuitOnLastWindowClosed(false);
 
