@@ -14,6 +14,8 @@ constexpr std::chrono::milliseconds accessibilityAlertDelay{1000};
 constexpr std::chrono::milliseconds preparationDelay{100};
 // The popover has finished closing by then, and takes no focus away from the window.
 constexpr std::chrono::milliseconds menuClosingDelay{100};
+// A click on the status item closes the menu when it is pressed; the tray tells of it when it is released.
+constexpr std::chrono::milliseconds clickDuration{500};
 constexpr QSize popoverSize(220, 220);
 
 }  // namespace
@@ -47,7 +49,7 @@ void AppDelegate::applicationWillTerminate() {
 void AppDelegate::togglePopover(QPoint anchor) {
   if (popover_ && popover_->isShown()) {
     popover_->performClose();
-  } else {
+  } else if (!std::exchange(hasJustBeenDismissed_, false)) {
     showPopover(anchor);
   }
 }
@@ -68,8 +70,18 @@ void AppDelegate::setupMenuBar() {
       eventMask::leftMouseDown | eventMask::rightMouseDown, [weak = anchor_.weak()](const InputEvent &) {
         if (auto *const self = weak.get(); self && self->popover_ && self->popover_->isShown()) {
           self->popover_->performClose();
+          self->notePopoverDismissed();
         }
       });
+}
+
+void AppDelegate::notePopoverDismissed() {
+  hasJustBeenDismissed_ = true;
+  services_.mainQueue.postAfter(clickDuration, [weak = anchor_.weak()] {
+    if (auto *const self = weak.get()) {
+      self->hasJustBeenDismissed_ = false;
+    }
+  });
 }
 
 void AppDelegate::checkFirstLaunch() {
@@ -105,7 +117,8 @@ Popover &AppDelegate::popover() {
   if (!popover_) {
     menuBarView_ =
         new MenuBarView(services_.launchAtLogin, services_.actions, services_.updates, menuCallbacks());
-    popover_ = std::make_unique<Popover>(menuBarView_, popoverSize);
+    popover_ = std::make_unique<Popover>(menuBarView_, popoverSize, services_.platform.panelWindows());
+    QObject::connect(popover_.get(), &Popover::dismissed, popover_.get(), [this] { notePopoverDismissed(); });
   }
   return *popover_;
 }

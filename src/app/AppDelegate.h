@@ -50,6 +50,7 @@ private:
   void checkAccessibilityPermission();
   void prepare();
   Popover &popover();
+  void notePopoverDismissed();
   MenuBarView::Callbacks menuCallbacks();
   void showStatusMenu();
   /// Calls `checked` on the main thread when it is known whether a key is stored.
@@ -67,6 +68,7 @@ private:
   std::optional<StatusItem> statusItem_;
   MenuBarView *menuBarView_ = nullptr;  // the popover's
   std::unique_ptr<Popover> popover_;
+  bool hasJustBeenDismissed_ = false;  // the popover, perhaps by the click that is about to be told
   Handle eventMonitor_;
   Handle actionsObservation_;
   Handle launchAtLoginObservation_;

@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace lumiwren {
 namespace {
@@ -19,11 +20,19 @@ constexpr int distance = 4;  // from the point that the popover hangs at, and fr
 
 }  // namespace
 
-Popover::Popover(QWidget *contentView, QSize contentSize)
-    : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
+// Not a popup of the toolkit's: those take every key and click of the session for themselves, and a screen reader
+// does not find them.
+Popover::Popover(QWidget *contentView, QSize contentSize, PanelWindows &panelWindows)
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                           Qt::BypassWindowManagerHint),
       contentView_(contentView),
-      contentSize_(contentSize) {
+      contentSize_(contentSize),
+      panelWindows_(panelWindows),
+      compositor_(panelWindows.observeTranslucency([this] { update(); })) {
+  setAttribute(Qt::WA_ShowWithoutActivating);
   setAttribute(Qt::WA_TranslucentBackground);
+  setAttribute(Qt::WA_AlwaysShowToolTips);
+  setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(QStringLiteral("Lumiwren menu"));
   setAccessibleName(windowTitle());
   auto *const layout = new QVBoxLayout(this);
@@ -46,12 +55,26 @@ void Popover::showAt(QPoint anchor) {
   setFixedSize(width, height);
   move(std::clamp(anchor.x() - width / 2, free.left(), free.right() + 1 - width),
        std::clamp(y, free.top(), free.bottom() + 1 - height));
+  isShown_ = true;
   show();
   raise();
+  panelWindows_.makeKey(winId());
 }
 
 void Popover::performClose() {
-  close();
+  // Hiding takes the keyboard away too, which is told while the window still counts as visible.
+  if (std::exchange(isShown_, false)) {
+    panelWindows_.resignKey(winId());
+    hide();
+  }
+}
+
+void Popover::changeEvent(QEvent *event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange && !isActiveWindow() && isShown_) {
+    performClose();
+    Q_EMIT dismissed();
+  }
 }
 
 void Popover::keyPressEvent(QKeyEvent *event) {
@@ -68,8 +91,9 @@ void Popover::paintEvent(QPaintEvent * /*event*/) {
   const SemanticColors colors(palette());
   painter.setPen(Qt::NoPen);
   painter.setBrush(colors.windowBackground);
-  painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
-  strokeInside(painter, rect(), 1, cornerRadius - 0.5, withOpacity(colors.primary, 0.2));
+  const qreal radius = panelWindows_.isTranslucencySupported() ? cornerRadius : 0;
+  painter.drawRoundedRect(rectOnPixels(painter, rect()), radius, radius);
+  strokeInside(painter, rect(), 1, std::max(radius - 0.5, 0.0), withOpacity(colors.primary, 0.2));
 }
 
 }  // namespace lumiwren

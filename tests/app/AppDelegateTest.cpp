@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QDBusConnection>
 #include <QLabel>
 #include <QPushButton>
@@ -86,7 +87,7 @@ protected:
   /// Presses the button of the next modal alert, and keeps what the alert says.
   void answerAlertWith(
       const QString &button, const std::function<void()> &next = [] {}) {
-    QTimer::singleShot(0, &testing::testApplication(), [this, button, next] {
+    QTimer::singleShot(0, qApp, [this, button, next] {
       next();
       auto *const alert = qobject_cast<Alert *>(QApplication::activeModalWidget());
       ASSERT_NE(alert, nullptr);
@@ -255,7 +256,37 @@ TEST_F(AppDelegateTest, AClickIntoAnotherApplicationClosesTheMenu) {
     platform.eventMonitors().pressElsewhere({kind});
     mainQueue.runPending();
     EXPECT_EQ(popover(), nullptr);
+    pass(milliseconds(500));
   }
+}
+
+TEST_F(AppDelegateTest, TheClickOnTheIconThatClosesTheMenuDoesNotOpenItAgain) {
+  launch();
+  openMenu();
+  platform.eventMonitors().pressElsewhere({EventKind::LeftMouseDown});
+  mainQueue.runPending();
+  delegate->togglePopover({100, 100});
+  EXPECT_EQ(popover(), nullptr);
+  delegate->togglePopover({100, 100});
+  EXPECT_NE(popover(), nullptr);
+}
+
+TEST_F(AppDelegateTest, TheMenuClosesWhenSomethingElseHasTheKeyboard) {
+  launch();
+  openMenu();
+  auto &menu = *popover();
+  menu.activateWindow();
+  QApplication::processEvents();
+  ASSERT_TRUE(menu.isActiveWindow());
+  QWidget other;
+  other.show();
+  other.activateWindow();
+  QApplication::processEvents();
+  EXPECT_EQ(popover(), nullptr);
+  delegate->togglePopover({100, 100});
+  EXPECT_EQ(popover(), nullptr);  // The click that gave the keyboard to the tray.
+  pass(milliseconds(500));
+  openMenu();
 }
 
 TEST_F(AppDelegateTest, AKeyPressElsewhereLeavesTheMenu) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "app/TestApplication.h"
 #include "platform/testing/FakePlatform.h"
 #include "support/TemporaryFolder.h"
 
@@ -17,7 +16,6 @@ namespace lumiwren::testing {
 class AppTest : public ::testing::Test {
 protected:
   explicit AppTest(MainQueue::Now now = &std::chrono::steady_clock::now) : mainQueue(std::move(now)) {
-    testApplication();
     platform.secretStore().add(KeychainManager::service, KeychainManager::apiKeyAccount,
                                Secret::copyOf("sk-test"));
   }

@@ -1,6 +1,7 @@
 #include "settings/MenuBarView.h"
 
 #include "platform/testing/FakeLoginItem.h"
+#include "platform/testing/FakePanelWindows.h"
 #include "platform/testing/FakeUpdater.h"
 #include "platform/testing/FakeUserDefaults.h"
 #include "settings/Popover.h"
@@ -94,6 +95,7 @@ protected:
   LaunchAtLoginManager launchAtLogin{loginItem, defaults, queue};
   CustomActionManager actions{defaults};
   UpdateManager updates{updater};
+  testing::FakePanelWindows panelWindows;
   std::vector<std::string> chosen;
   MenuBarView *const view = new MenuBarView(
       launchAtLogin, actions, updates,
@@ -102,7 +104,7 @@ protected:
        .showActions = [this] { chosen.emplace_back("actions"); },
        .showAPIKeyInput = [this] { chosen.emplace_back("key"); },
        .showAbout = [this] { chosen.emplace_back("about"); }});
-  const std::unique_ptr<Popover> popover = std::make_unique<Popover>(view, QSize(220, 220));
+  const std::unique_ptr<Popover> popover = std::make_unique<Popover>(view, QSize(220, 220), panelWindows);
 };
 
 TEST_F(MenuBarViewTest, ListsTheActionsThenSettingsAndCommandsThenQuit) {
@@ -317,7 +319,8 @@ TEST_F(MenuBarViewTest, EveryEntryIsAButtonWithANameForAssistiveTechnology) {
 
 TEST(PopoverPlace, IsOnTheScreenBelowItsAnchorOrAboveItWhereTheTrayIsAtTheBottom) {
   const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-  Popover popover(new QWidget, {220, 220});
+  testing::FakePanelWindows panelWindows;
+  Popover popover(new QWidget, {220, 220}, panelWindows);
   for (const QPoint anchor : {screen.topLeft(), screen.topRight(), screen.bottomLeft(), screen.bottomRight(),
                               screen.center(), QPoint(-5000, -5000)}) {
     popover.showAt(anchor);
