@@ -1,5 +1,6 @@
 #include "settings/Popover.h"
 
+#include "ui/AccessibleRole.h"
 #include "ui/Palette.h"
 #include "ui/PixelGrid.h"
 
@@ -35,6 +36,7 @@ Popover::Popover(QWidget *contentView, QSize contentSize, PanelWindows &panelWin
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(QStringLiteral("Lumiwren menu"));
   setAccessibleName(windowTitle());
+  setAccessibleRole(*this, QAccessible::Dialog);
   auto *const layout = new QVBoxLayout(this);
   layout->setContentsMargins(1, 1, 1, 1);
   layout->addWidget(contentView_);

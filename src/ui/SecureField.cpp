@@ -3,6 +3,7 @@
 #include "ui/SecureFieldAccessible.h"
 
 #include <QByteArray>
+#include <QKeyEvent>
 #include <QSignalBlocker>
 #include <QVariant>
 
@@ -54,6 +55,14 @@ QVariant SecureField::inputMethodQuery(Qt::InputMethodQuery query) const {
   const bool isText = query == Qt::ImSurroundingText || query == Qt::ImCurrentSelection ||
                       query == Qt::ImTextBeforeCursor || query == Qt::ImTextAfterCursor;
   return isMasked() && isText ? QVariant(QString()) : TextField::inputMethodQuery(query);
+}
+
+void SecureField::keyPressEvent(QKeyEvent *event) {
+  // The toolkit's field would delete what it does not put on the clipboard.
+  if (isMasked() && event->matches(QKeySequence::Cut)) {
+    return;
+  }
+  TextField::keyPressEvent(event);
 }
 
 }  // namespace lumiwren

@@ -21,6 +21,9 @@ public:
   void setSecret(const Secret &secret);
 
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+
+protected:
+  void keyPressEvent(QKeyEvent *event) override;
 };
 
 }  // namespace lumiwren

@@ -99,6 +99,7 @@ TEST_F(SecureFieldTest, WhileMaskedNothingIsCopiedOrCut) {
     pressKey(field_, letter, {}, Qt::ControlModifier);
   }
   pressKey(field_, Qt::Key_Delete, {}, Qt::ShiftModifier);
+  EXPECT_EQ(field_.secret(), Secret::copyOf(key.toStdString()));
   field_.copy();
   field_.cut();
   EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("untouched"));

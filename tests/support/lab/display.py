@@ -276,10 +276,10 @@ class XServer:
 
     argv = ["Xvfb", "-screen", "0", "{width}x{height}x24", "-nolisten", "tcp", "-noreset", "-dpi", "96"]
 
-    def __init__(self, size, env, log, mark):
+    def __init__(self, size, env, log, mark, arguments=()):
         reading, writing = os.pipe()
         width, height = size
-        argv = [word.format(width=width, height=height) for word in self.argv] + ["-displayfd", str(writing)]
+        argv = [word.format(width=width, height=height) for word in self.argv] + [*arguments, "-displayfd", str(writing)]
         self.process = Process(argv, env, log, pass_fds=[writing], mark=mark)
         os.close(writing)
         with open(reading) as numbers:
