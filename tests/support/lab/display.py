@@ -242,6 +242,17 @@ class Display:
         self.send_to_root(window, "_NET_ACTIVE_WINDOW", [2, X.CurrentTime])
         wait_until(lambda: self.has_focus(window), "the focus")
 
+    def paint_ground(self, color):
+        """Fills the desktop, for compositors too."""
+        size = self.root.get_geometry()
+        pixmap = self.root.create_pixmap(size.width, size.height, size.depth)
+        pixmap.fill_rectangle(pixmap.create_gc(foreground=color), 0, 0, size.width, size.height)
+        for name in ("_XROOTPMAP_ID", "ESETROOT_PMAP_ID"):
+            self.root.change_property(self.x.get_atom(name), Xatom.PIXMAP, 32, [pixmap.id])
+        self.root.change_attributes(background_pixmap=pixmap)
+        self.root.clear_area()
+        self.x.sync()
+
     # -- pixels --------------------------------------------------------------------------------------------
 
     def pixels(self, frame):
