@@ -12,6 +12,7 @@ import select
 import statistics
 import subprocess
 import sys
+import threading
 import time
 
 from lab import Desktop, GtkEditor, Lumiwren, Screencapture, StandInService, wait_until
@@ -172,6 +173,24 @@ def measure_hotkey():
             row("hotkey-pixel", "ms", ours[1], 0.5, "goldendict's scan popup", theirs[1])]
 
 
+def measure_menu():
+    """From the click that the tray tells of to the menu's first pixels."""
+    times = []
+    with Desktop() as desktop, StandInService() as service:
+        lumiwren = Lumiwren(desktop, service, accessible=False)
+        item = lumiwren.status_item
+        desktop.display.move(1200, 700)
+        watch = WindowWatch(desktop.display)
+        for _ in range(HOTKEY_ROUNDS + 1):
+            # Without waiting for the answer, which comes when the menu is shown.
+            times.append(watch.appearance(threading.Thread(target=item.activate, args=(600, 300)).start)[1])
+            desktop.display.press("Escape")
+            lumiwren.menu.wait_gone()
+            wait_until(lambda: quiet(desktop), "the program to be idle")
+        watch.close()
+    return [row("menu", "ms", times[1:], 50)]
+
+
 # -- from the hotkey to the region, and from the region to its picture ----------------------------------------
 
 def measure_overlay():
@@ -315,7 +334,7 @@ def measure_rest(rows):
 # -- all of them -----------------------------------------------------------------------------------------------
 
 HERE = {"start": measure_start, "start-peer": measure_start, "hotkey-map": measure_hotkey,
-        "hotkey-pixel": measure_hotkey, "press-to-wire": measure_wire, "memory-idle": measure_rest,
+        "hotkey-pixel": measure_hotkey, "menu": measure_menu, "press-to-wire": measure_wire, "memory-idle": measure_rest,
         "memory-used": measure_rest, "overlay": measure_overlay,
         "capture-png": measure_capture_png, "capture-png-4k": measure_capture_png, "idle-wakeups": measure_rest,
         "idle-cpu": measure_rest}

@@ -12,6 +12,10 @@ std::optional<Secret> KeychainManager::getAPIKey() {
   return key;
 }
 
+bool KeychainManager::hasAPIKey() {
+  return store_.contains(service, apiKeyAccount);
+}
+
 bool KeychainManager::saveAPIKey(const Secret &key) {
   if (!unicode::isValidUTF8(key.reveal())) {
     return false;

@@ -20,6 +20,8 @@ public:
   /// The key as it was stored, also when it is empty; nothing when there is none, it cannot be read, or it is
   /// no valid UTF-8.
   std::optional<Secret> getAPIKey();
+  /// Whether a key is stored, one in a locked keyring included. Never asks the user to unlock it.
+  bool hasAPIKey();
   /// Replaces the key; true when it is stored now. Deletes first, so a refused add leaves no key.
   bool saveAPIKey(const Secret &key);
   /// True when no key is stored afterwards.

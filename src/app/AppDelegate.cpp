@@ -1,8 +1,7 @@
 #include "app/AppDelegate.h"
 
-#include <QAbstractButton>
-#include <QMessageBox>
-#include <QPushButton>
+#include "app/StatusMenu.h"
+#include "ui/Alert.h"
 
 #include <chrono>
 #include <utility>
@@ -10,31 +9,22 @@
 namespace lumiwren {
 namespace {
 
+constexpr std::chrono::milliseconds welcomeDelay{500};
 constexpr std::chrono::milliseconds accessibilityAlertDelay{1000};
 constexpr std::chrono::milliseconds preparationDelay{100};
-
-void fill(QMessageBox &alert, const QString &text, const QString &informativeText) {
-  alert.setIcon(QMessageBox::Warning);
-  alert.setTextFormat(Qt::PlainText);
-  alert.setText(text);
-  alert.setInformativeText(informativeText);
-}
-
-/// Tells the user about a missing permission; true when it is to be given.
-bool wantsSystemSettings(const QString &text, const QString &informativeText) {
-  QMessageBox alert;
-  fill(alert, text, informativeText);
-  const QAbstractButton *const open =
-      alert.addButton(QStringLiteral("Open System Settings"), QMessageBox::AcceptRole);
-  alert.addButton(QStringLiteral("Later"), QMessageBox::RejectRole);
-  alert.exec();
-  return alert.clickedButton() == open;
-}
+// The popover has finished closing by then, and takes no focus away from the window.
+constexpr std::chrono::milliseconds menuClosingDelay{100};
+// A click on the status item closes the menu when it is pressed; the tray tells of it when it is released.
+constexpr std::chrono::milliseconds clickDuration{500};
+constexpr QSize popoverSize(220, 220);
 
 }  // namespace
 
-AppDelegate::AppDelegate(const ActionDispatch::Services &services, std::function<void()> terminate)
+AppDelegate::AppDelegate(const Services &services, QDBusConnection bus, Windows windows,
+                         std::function<void()> terminate)
     : services_(services),
+      windows_(std::move(windows)),
+      bus_(std::move(bus)),
       terminate_(std::move(terminate)),
       dispatch_(services, {.showAccessibilityAlert = [this] { showAccessibilityAlert(); },
                            .showScreenRecordingAlert = [this] { showScreenRecordingAlert(); }}) {}
@@ -42,21 +32,68 @@ AppDelegate::AppDelegate(const ActionDispatch::Services &services, std::function
 void AppDelegate::applicationDidFinishLaunching() {
   setupMenuBar();
   dispatch_.setupHotkey();
+  checkFirstLaunch();
   checkAccessibilityPermission();
-  // When everything else is up: the first panel then has only to be shown.
-  services_.mainQueue.postAfter(preparationDelay,
-                                [&popup = services_.popup, &screenCapture = services_.screenCapture] {
-                                  popup.prepare();
-                                  screenCapture.removeStaleCaptures().detach();
-                                });
+  // When everything else is up: what is shown first then has only to be shown.
+  services_.mainQueue.postAfter(preparationDelay, [weak = anchor_.weak()] {
+    if (auto *const self = weak.get()) {
+      self->prepare();
+    }
+  });
 }
 
 void AppDelegate::applicationWillTerminate() {
   services_.hotkeys.stopMonitoring();
 }
 
+void AppDelegate::togglePopover(QPoint anchor) {
+  if (popover_ && popover_->isShown()) {
+    popover_->performClose();
+  } else if (!std::exchange(hasJustBeenDismissed_, false)) {
+    showPopover(anchor);
+  }
+}
+
+void AppDelegate::showPopover(QPoint anchor) {
+  popover();
+  menuBarView_->prepare();
+  checkAPIKey([this](bool hasKey) { menuBarView_->setHasAPIKey(hasKey); });
+  popover_->showAt(anchor);
+}
+
 void AppDelegate::setupMenuBar() {
-  statusItem_.emplace(terminate_);
+  statusItem_.emplace(bus_, [this](QPoint anchor) { togglePopover(anchor); });
+  showStatusMenu();
+  actionsObservation_ = services_.actions.actionsChanged.observe([this] { showStatusMenu(); });
+  launchAtLoginObservation_ = services_.launchAtLogin.observe([this] { showStatusMenu(); });
+  eventMonitor_ = services_.platform.eventMonitors().addGlobalMonitor(
+      eventMask::leftMouseDown | eventMask::rightMouseDown, [weak = anchor_.weak()](const InputEvent &) {
+        if (auto *const self = weak.get(); self && self->popover_ && self->popover_->isShown()) {
+          self->popover_->performClose();
+          self->notePopoverDismissed();
+        }
+      });
+}
+
+void AppDelegate::notePopoverDismissed() {
+  hasJustBeenDismissed_ = true;
+  services_.mainQueue.postAfter(clickDuration, [weak = anchor_.weak()] {
+    if (auto *const self = weak.get()) {
+      self->hasJustBeenDismissed_ = false;
+    }
+  });
+}
+
+void AppDelegate::checkFirstLaunch() {
+  checkAPIKey([this](bool hasKey) {
+    if (!hasKey) {
+      services_.mainQueue.postAfter(welcomeDelay, [weak = anchor_.weak()] {
+        if (auto *const self = weak.get()) {
+          self->windows_.showFirstLaunchWindow();
+        }
+      });
+    }
+  });
 }
 
 void AppDelegate::checkAccessibilityPermission() {
@@ -70,12 +107,78 @@ void AppDelegate::checkAccessibilityPermission() {
   });
 }
 
+void AppDelegate::prepare() {
+  services_.popup.prepare();
+  popover();
+  services_.screenCapture.removeStaleCaptures().detach();
+}
+
+Popover &AppDelegate::popover() {
+  if (!popover_) {
+    menuBarView_ =
+        new MenuBarView(services_.launchAtLogin, services_.actions, services_.updates, menuCallbacks());
+    popover_ = std::make_unique<Popover>(menuBarView_, popoverSize, services_.platform.panelWindows());
+    QObject::connect(popover_.get(), &Popover::dismissed, popover_.get(), [this] { notePopoverDismissed(); });
+  }
+  return *popover_;
+}
+
+MenuBarView::Callbacks AppDelegate::menuCallbacks() {
+  const auto opening = [this](const std::function<void()> &show) {
+    return [this, &show] { openFromMenu(show); };
+  };
+  return {.onAction =
+              [this](const CustomAction &action) {
+                if (popover_) {
+                  popover_->performClose();
+                }
+                dispatch_.dispatchAction(action);
+              },
+          .onQuit = terminate_,
+          .showActions = opening(windows_.showActions),
+          .showAPIKeyInput = opening(windows_.showAPIKeyInput),
+          .showAbout = opening(windows_.showAbout)};
+}
+
+void AppDelegate::showStatusMenu() {
+  Updater &updater = services_.updates.updater();
+  statusItem_->setEntries(menuEntries(
+      {.actions = services_.actions.actions(),
+       .launchesAtLogin = services_.launchAtLogin.isEnabled(),
+       .canCheckForUpdates = updater.canCheckForUpdates()},
+      menuCallbacks(), [&manager = services_.launchAtLogin] { manager.toggle(); },
+      [&updater] { updater.checkForUpdates(); }));
+}
+
+void AppDelegate::checkAPIKey(std::function<void(bool)> checked) {
+  Task::start([&keychain = services_.keychain, &mainQueue = services_.mainQueue, checked = std::move(checked),
+               weak = anchor_.weak()](const std::stop_token &) {
+    const bool hasKey = keychain.hasAPIKey();
+    mainQueue.post([weak, checked, hasKey] {
+      if (weak.get() != nullptr) {
+        checked(hasKey);
+      }
+    });
+  }).detach();
+}
+
+void AppDelegate::openFromMenu(const std::function<void()> &show) {
+  if (popover_) {
+    popover_->performClose();
+  }
+  services_.mainQueue.postAfter(menuClosingDelay, [weak = anchor_.weak(), &show] {
+    if (weak.get() != nullptr) {
+      show();
+    }
+  });
+}
+
 void AppDelegate::showAccessibilityAlert() {
-  const bool opens = wantsSystemSettings(
-      QStringLiteral("Accessibility Permission Required"),
-      QStringLiteral("Lumiwren needs accessibility permission to copy selected text. Please grant access in "
-                     "System Settings > Privacy & Security > Accessibility."));
-  if (opens) {
+  if (wantsSystemSettings(
+          QStringLiteral("Accessibility Permission Required"),
+          QStringLiteral(
+              "Lumiwren needs accessibility permission to copy selected text. Please grant access in "
+              "System Settings > Privacy & Security > Accessibility."))) {
     services_.platform.accessibilityTrust().isProcessTrustedWithPrompt();
   }
 }
@@ -86,12 +189,25 @@ void AppDelegate::showScreenRecordingAlert() {
       QStringLiteral("Lumiwren needs screen recording permission to capture screen regions for OCR. Please "
                      "grant access in System Settings > Privacy & Security > Screen Recording."));
   if (opens && !services_.screenCapture.requestScreenRecordingPermission()) {
-    QMessageBox alert;
-    fill(alert, QStringLiteral("No System Settings Found"),
-         QStringLiteral("This desktop has no settings for screen recording. Lumiwren captures the screen in "
-                        "X11 sessions: choose one when you log in."));
-    alert.exec();
+    Alert alert(
+        QStringLiteral("No System Settings Found"),
+        QStringLiteral("This desktop has no settings for screen recording. Lumiwren captures the screen "
+                       "in X11 sessions: choose one when you log in."),
+        [this](QWidget &window) { activate(window); });
+    alert.addButton(QStringLiteral("OK"), Alert::Role::Default);
+    alert.run();
   }
+}
+
+bool AppDelegate::wantsSystemSettings(const QString &message, const QString &informativeText) {
+  Alert alert(message, informativeText, [this](QWidget &window) { activate(window); });
+  const int open = alert.addButton(QStringLiteral("Open System Settings"), Alert::Role::Default);
+  alert.addButton(QStringLiteral("Later"), Alert::Role::Cancel);
+  return alert.run() == open;
+}
+
+void AppDelegate::activate(QWidget &window) {
+  services_.platform.applicationWindows().activate(window.winId());
 }
 
 }  // namespace lumiwren

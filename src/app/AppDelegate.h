@@ -2,30 +2,76 @@
 
 #include "app/ActionDispatch.h"
 #include "app/StatusItem.h"
+#include "app/managers/LaunchAtLoginManager.h"
+#include "app/managers/UpdateManager.h"
+#include "settings/MenuBarView.h"
+#include "settings/Popover.h"
+
+#include <QDBusConnection>
+#include <QPoint>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace lumiwren {
 
-/// The program's life between its start and its end. Main thread.
+/// The program's life between its start and its end: the status item with its menu, the hotkeys, and what a
+/// launch shows. Main thread.
 class AppDelegate {
 public:
-  /// `terminate` ends the program's event loop.
-  AppDelegate(const ActionDispatch::Services &services, std::function<void()> terminate);
+  struct Services : ActionDispatch::Services {
+    LaunchAtLoginManager &launchAtLogin;
+    UpdateManager &updates;
+  };
+  /// Windows of the program, each shown in front whenever it is asked for.
+  struct Windows {
+    std::function<void()> showActions;
+    std::function<void()> showAPIKeyInput;
+    std::function<void()> showAbout;
+    std::function<void()> showFirstLaunchWindow;
+  };
+
+  /// `bus` is the session bus, on a connection of the program's own. `terminate` ends the program's event
+  /// loop.
+  AppDelegate(const Services &services, QDBusConnection bus, Windows windows,
+              std::function<void()> terminate);
 
   void applicationDidFinishLaunching();
   void applicationWillTerminate();
 
+  /// Shows or closes the menu; `anchor` is where the status item is, on Qt's desktop.
+  void togglePopover(QPoint anchor);
+  void showPopover(QPoint anchor);
+
 private:
   void setupMenuBar();
+  void checkFirstLaunch();
   void checkAccessibilityPermission();
+  void prepare();
+  Popover &popover();
+  void notePopoverDismissed();
+  MenuBarView::Callbacks menuCallbacks();
+  void showStatusMenu();
+  /// Calls `checked` on the main thread when it is known whether a key is stored.
+  void checkAPIKey(std::function<void(bool)> checked);
+  void openFromMenu(const std::function<void()> &show);
   void showAccessibilityAlert();
   void showScreenRecordingAlert();
+  bool wantsSystemSettings(const QString &message, const QString &informativeText);
+  void activate(QWidget &window);
 
-  const ActionDispatch::Services services_;
+  const Services services_;
+  const Windows windows_;
+  const QDBusConnection bus_;
   const std::function<void()> terminate_;
   std::optional<StatusItem> statusItem_;
+  MenuBarView *menuBarView_ = nullptr;  // the popover's
+  std::unique_ptr<Popover> popover_;
+  bool hasJustBeenDismissed_ = false;  // the popover, perhaps by the click that is about to be told
+  Handle eventMonitor_;
+  Handle actionsObservation_;
+  Handle launchAtLoginObservation_;
   ActionDispatch dispatch_;
   WeakAnchor<AppDelegate> anchor_{this};
 };

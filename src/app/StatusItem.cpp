@@ -11,8 +11,6 @@
 namespace lumiwren {
 namespace {
 
-constexpr char connectionName[] = "lumiwren-status-item";
-
 /// Where a panel's position is on Qt's desktop, on which each screen is smaller by its scale factor but
 /// begins at the same point.
 QPoint onDesktop(QPoint position) {
@@ -31,19 +29,17 @@ QPoint onDesktop(QPoint position) {
 
 }  // namespace
 
-StatusItem::StatusItem(std::function<void()> onQuit, std::function<void(QPoint)> onActivate)
-    : onActivate_(onActivate ? std::move(onActivate) : [this](QPoint position) { menu_.popup(position); }),
-      bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QLatin1String(connectionName))),
+StatusItem::StatusItem(const QDBusConnection &bus, std::function<void(QPoint)> onActivate)
+    : onActivate_(std::move(onActivate)),
+      bus_(bus),
       busMenu_(bus_, QStringLiteral("/MenuBar")),
       item_(bus_, QStringLiteral("/MenuBar"),
             {.activate = [this](QPoint position) { onActivate_(onDesktop(position)); },
              .showMenu = [this](QPoint position) { menu_.popup(onDesktop(position)); },
-             .registered = [this](bool registered) { showFallback(!registered); }}) {
-  setEntries({{.id = 1, .label = QStringLiteral("Quit"), .action = std::move(onQuit)}});
-}
+             .registered = [this](bool registered) { showFallback(!registered); }}) {}
 
 StatusItem::~StatusItem() {
-  QDBusConnection::disconnectFromBus(QLatin1String(connectionName));
+  QDBusConnection::disconnectFromBus(bus_.name());
 }
 
 void StatusItem::setEntries(const std::vector<MenuEntry> &entries) {

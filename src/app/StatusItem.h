@@ -20,19 +20,20 @@ namespace lumiwren {
 /// thread.
 class StatusItem {
 public:
-  /// `onActivate` gets where the icon was chosen, in Qt's coordinates of the desktop; without it the menu is
-  /// shown there.
-  explicit StatusItem(std::function<void()> onQuit, std::function<void(QPoint)> onActivate = {});
+  /// `onActivate` gets where the icon was chosen, in Qt's coordinates of the desktop.
+  /// `bus` is a connection that ends with this object, because panels drop the item when its connection ends.
+  StatusItem(const QDBusConnection &bus, std::function<void(QPoint)> onActivate);
   StatusItem(const StatusItem &) = delete;
   StatusItem &operator=(const StatusItem &) = delete;
   ~StatusItem();
 
-private:
+  /// What the menu holds that desktops show on a right click, and some on every click.
   void setEntries(const std::vector<MenuEntry> &entries);
+
+private:
   void showFallback(bool shown);
 
   std::function<void(QPoint)> onActivate_;
-  // A connection of its own, because panels drop the item when its connection ends.
   QDBusConnection bus_;
   QMenu menu_;
   DBusMenu busMenu_;

@@ -1,11 +1,18 @@
 #include "app/AppDelegate.h"
 #include "app/AppearanceController.h"
+#include "app/ProgramInstance.h"
 #include "app/SetAPIKey.h"
 #include "app/TerminationSignals.h"
 #include "platform/linux/session/LinuxPlatform.h"
+#include "settings/APIKeyWindow.h"
+#include "settings/AboutWindowController.h"
+#include "settings/ActionsSettingsWindowController.h"
+#include "settings/WelcomeWindow.h"
 #include "ui/MainQueueLoop.h"
 
 #include <QApplication>
+#include <QCursor>
+#include <QDBusConnection>
 #include <QLoggingCategory>
 #include <QSocketNotifier>
 
@@ -13,6 +20,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -42,15 +50,41 @@ void keepTextOutOfLogs() {
   });
 }
 
+/// Ends the process, after everything that may still use what is destroyed here has ended.
+int ended(MainQueue &mainQueue, int status) {
+  mainQueue.close();
+  if (!Task::endAll(quitLimit)) {
+    // A task is held up inside a library.
+    std::fflush(nullptr);
+    std::_Exit(status);
+  }
+  return status;
+}
+
+/// The program that is running already shows its menu.
+int activateRunningProgram(const ProgramInstance &instance) {
+  if (!instance.activateFirst()) {
+    std::fputs("lumiwren: it is running already, but does not answer\n", stderr);
+    return EXIT_FAILURE;
+  }
+  return EXIT_SUCCESS;
+}
+
 int runApplication(int argc, char **argv) {
   const OpenAIEndpoint endpoint = OpenAIEndpoint::fromEnvironment();
   const TerminationSignals signals;
   keepTextOutOfLogs();
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("lumiwren"));
-  QApplication::setApplicationDisplayName(QStringLiteral("Lumiwren"));
   QApplication::setDesktopFileName(QStringLiteral("lumiwren"));
   QApplication::setQuitOnLastWindowClosed(false);
+
+  const auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("lumiwren"));
+  std::function<void()> openMenu = [] {};
+  const ProgramInstance instance(bus, [&openMenu] { openMenu(); });
+  if (!instance.isFirst()) {
+    return activateRunningProgram(instance);
+  }
 
   MainQueue mainQueue;
   const MainQueueLoop loop(mainQueue);
@@ -62,26 +96,37 @@ int runApplication(int argc, char **argv) {
   OpenAIAPIService service(platform->httpClient(), keychain, mainQueue, endpoint);
   CustomActionManager actions(platform->userDefaults());
   HotkeyManager hotkeys(platform->eventMonitors(), actions, mainQueue);
+  LaunchAtLoginManager launchAtLogin(platform->loginItem(), platform->userDefaults(), mainQueue);
+  UpdateManager updates(platform->updater());
   ExplanationPopupController popup(platform->eventMonitors(), platform->pasteboard(), platform->screens(),
                                    platform->panelWindows(), service, keychain, mainQueue);
   ScreenCaptureManager screenCapture(platform->screenRecording(), platform->childProcesses(),
                                      platform->workspace(), mainQueue);
-  AppDelegate delegate({*platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup},
+  KeychainQueue keychainQueue(keychain, mainQueue);
+  const KeyFormServices keyForm{keychainQueue, service, mainQueue};
+  auto &applicationWindows = platform->applicationWindows();
+  WelcomeWindow welcome(keyForm, platform->workspace(), applicationWindows);
+  APIKeyWindow apiKey(keyForm, applicationWindows);
+  AboutWindowController about(applicationWindows, platform->bundle());
+  ActionsSettingsWindowController actionsSettings(actions, platform->eventMonitors(), platform->screens(),
+                                                  platform->panelWindows(), applicationWindows, mainQueue);
+  AppDelegate delegate({{*platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup},
+                        launchAtLogin,
+                        updates},
+                       bus,
+                       {.showActions = [&] { actionsSettings.showWindow(); },
+                        .showAPIKeyInput = [&] { apiKey.showWindow(); },
+                        .showAbout = [&] { about.showWindow(); },
+                        .showFirstLaunchWindow = [&] { welcome.showWindow(); }},
                        [] { QApplication::quit(); });
+  openMenu = [&delegate] { delegate.showPopover(QCursor::pos()); };
 
   delegate.applicationDidFinishLaunching();
   // After everything that is waited for: there is no window yet.
   const AppearanceController appearance(platform->desktopAppearance());
   const int status = QApplication::exec();
   delegate.applicationWillTerminate();
-
-  mainQueue.close();
-  if (!Task::endAll(quitLimit)) {
-    // A task is held up inside a library and may still use what would be destroyed here.
-    std::fflush(nullptr);
-    std::_Exit(status);
-  }
-  return status;
+  return ended(mainQueue, status);
 }
 
 }  // namespace

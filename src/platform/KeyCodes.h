@@ -21,7 +21,11 @@ inline constexpr std::uint64_t hotkeyMask = shift | control | option | command;
 namespace keyCode {
 inline constexpr std::uint16_t e = 14;
 inline constexpr std::uint16_t t = 17;
+inline constexpr std::uint16_t one = 18;
 inline constexpr std::uint16_t escape = 53;
+// The modifier keys themselves and nothing else, from the right command key to the function key.
+inline constexpr std::uint16_t firstModifier = 54;
+inline constexpr std::uint16_t lastModifier = 63;
 }  // namespace keyCode
 
 }  // namespace lumiwren

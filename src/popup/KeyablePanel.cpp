@@ -2,15 +2,14 @@
 
 #include "popup/PanelForm.h"
 #include "popup/ResizeFrame.h"
+#include "ui/DesktopGeometry.h"
 
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QScreen>
 #include <QWindow>
 
-#include <cmath>
 #include <utility>
 
 namespace lumiwren {
@@ -26,27 +25,8 @@ QSize toQSize(Size size) {
   return {static_cast<int>(size.width), static_cast<int>(size.height)};
 }
 
-/// The toolkit scales each screen's inside but keeps its place in pixels.
-QRect pixelGeometry(const QScreen &screen) {
-  return {screen.geometry().topLeft(), screen.geometry().size() * screen.devicePixelRatio()};
-}
-
 QRect toToolkit(const Rect &frame) {
-  const QScreen *const primary = QGuiApplication::primaryScreen();
-  if (!primary) {
-    return {QPoint(), toQSize(frame.size)};
-  }
-  const QRect desktop = pixelGeometry(*primary);
-  const qreal scale = primary->devicePixelRatio();
-  const QPoint pixel(desktop.left() + static_cast<int>(std::lround(frame.minX() * scale)),
-                     desktop.top() + desktop.height() - static_cast<int>(std::lround(frame.maxY() * scale)));
-  for (const QScreen *screen : QGuiApplication::screens()) {
-    if (const QRect pixels = pixelGeometry(*screen); pixels.contains(pixel)) {
-      return {pixels.topLeft() + (pixel - pixels.topLeft()) / screen->devicePixelRatio(),
-              toQSize(frame.size)};
-    }
-  }
-  return {desktop.topLeft() + (pixel - desktop.topLeft()) / scale, toQSize(frame.size)};
+  return {toolkitPosition({frame.minX(), frame.maxY()}), toQSize(frame.size)};
 }
 
 }  // namespace

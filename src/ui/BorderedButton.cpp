@@ -29,6 +29,7 @@ constexpr int fadeDuration = 200;  // ms
 BorderedButton::BorderedButton(QWidget *parent) : QPushButton(parent) {
   setFont(systemFont(fontSize));
   setFocusPolicy(Qt::TabFocus);
+  setAutoDefault(false);  // A dialog would take it for its default button.
   setAttribute(Qt::WA_Hover);
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
   fading_.setStartValue(0.0);

@@ -135,6 +135,10 @@ SemanticColors::SemanticColors(const Basis &basis)
   secondary = onAll(blend(primary, windowBackground, 0.66), textContrast);
   link = onAll(isDark ? QColor(0x6c, 0xb4, 0xff) : QColor(0x0b, 0x5c, 0xc4), textContrast);
   orange = onAll(isDark ? QColor(0xff, 0x9f, 0x2e) : QColor(0xd9, 0x6b, 0x00), symbolContrast);
+  green = onAll(isDark ? QColor(0x35, 0xc7, 0x59) : QColor(0x1f, 0x98, 0x3f), symbolContrast);
+  const QColor plainRed = isDark ? QColor(0xff, 0x5a, 0x50) : QColor(0xd7, 0x26, 0x1e);
+  red = onAll(plainRed, symbolContrast);
+  redText = onAll(plainRed, textContrast);
   accent = withContrast(lumiwrenPurple(), {windowBackground}, symbolContrast);
   accentText = withContrast(lumiwrenPurple(), {windowBackground}, textContrast);
 }

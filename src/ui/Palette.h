@@ -34,6 +34,9 @@ struct SemanticColors {
   QColor link;  // readable on every background here
   QColor selection;
   QColor orange;      // of warnings; a symbol's, on every background here
+  QColor green;       // of success; likewise
+  QColor red;         // of failure; likewise
+  QColor redText;     // of what destroys something; readable on every background here
   QColor accent;      // lumiwrenPurple for symbols and lines on the window's background
   QColor accentText;  // lumiwrenPurple for text on the window's background
 
@@ -42,5 +45,8 @@ private:
   explicit SemanticColors(const Basis &basis);
   static const SemanticColors &derived(const QPalette &palette);
 };
+
+/// One of the colours, of whatever palette.
+using SemanticColor = QColor SemanticColors::*;
 
 }  // namespace lumiwren

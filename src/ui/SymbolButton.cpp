@@ -24,8 +24,15 @@ SymbolButton::SymbolButton(QString symbolName, int size, const QString &name, Co
     : QPushButton(parent), symbolName_(std::move(symbolName)), size_(size), color_(std::move(color)) {
   setAccessibleName(name);
   setFocusPolicy(Qt::TabFocus);
+  setAutoDefault(false);  // A dialog would take it for its default button.
   setAttribute(Qt::WA_Hover);
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void SymbolButton::setSymbol(const QString &symbolName, const QString &name) {
+  symbolName_ = symbolName;
+  setAccessibleName(name);
+  update();
 }
 
 QSize SymbolButton::sizeHint() const {

@@ -20,6 +20,8 @@ public:
   /// `size` is in points and grows with the text. `name` is what assistive technology calls the button.
   SymbolButton(QString symbolName, int size, const QString &name, Color color, QWidget *parent = nullptr);
 
+  void setSymbol(const QString &symbolName, const QString &name);
+
   QSize sizeHint() const override;
 
 protected:
@@ -27,7 +29,7 @@ protected:
   void paintEvent(QPaintEvent *event) override;
 
 private:
-  const QString symbolName_;
+  QString symbolName_;
   const int size_;
   const Color color_;
 };

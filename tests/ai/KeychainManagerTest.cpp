@@ -52,6 +52,14 @@ TYPED_TEST(KeychainManagerTest, ThereIsNoKeyAtFirst) {
   EXPECT_EQ(this->read(), std::nullopt);
 }
 
+TYPED_TEST(KeychainManagerTest, KnowsWhetherThereIsAKey) {
+  EXPECT_FALSE(this->manager_.hasAPIKey());
+  this->save("");
+  EXPECT_TRUE(this->manager_.hasAPIKey());
+  this->manager_.deleteAPIKey();
+  EXPECT_FALSE(this->manager_.hasAPIKey());
+}
+
 TYPED_TEST(KeychainManagerTest, AKeyReadsBackAsItWasSaved) {
   for (const auto *key : {"sk-abc", "", "  sk with blanks \n", "ключ"}) {
     EXPECT_TRUE(this->save(key));

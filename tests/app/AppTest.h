@@ -1,7 +1,6 @@
 #pragma once
 
-#include "app/ActionDispatch.h"
-#include "app/TestApplication.h"
+#include "app/AppDelegate.h"
 #include "platform/testing/FakePlatform.h"
 #include "support/TemporaryFolder.h"
 
@@ -17,13 +16,14 @@ namespace lumiwren::testing {
 class AppTest : public ::testing::Test {
 protected:
   explicit AppTest(MainQueue::Now now = &std::chrono::steady_clock::now) : mainQueue(std::move(now)) {
-    testApplication();
     platform.secretStore().add(KeychainManager::service, KeychainManager::apiKeyAccount,
                                Secret::copyOf("sk-test"));
   }
 
-  ActionDispatch::Services services() {
-    return {platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup};
+  AppDelegate::Services services() {
+    return {{platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup},
+            launchAtLogin,
+            updates};
   }
 
   FakePlatform platform;
@@ -32,6 +32,8 @@ protected:
   OpenAIAPIService service{
       platform.httpClient(), keychain, mainQueue, {.baseURL = "http://127.0.0.1/", .model = "a-model"}};
   CustomActionManager actions{platform.userDefaults()};
+  LaunchAtLoginManager launchAtLogin{platform.loginItem(), platform.userDefaults(), mainQueue};
+  UpdateManager updates{platform.updater()};
   HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
   const TemporaryFolder captureFolder;
   ScreenCaptureManager screenCapture{platform.screenRecording(), platform.childProcesses(),

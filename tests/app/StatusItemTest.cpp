@@ -67,15 +67,13 @@ protected:
     return result;
   }
 
-  void start(const std::string &bus, const Environment &more = {}, const std::string &argument = "menu") {
+  void start(const std::string &bus, const Environment &more = {}) {
     Environment all = environment(bus);
     all.insert(all.end(), more.begin(), more.end());
-    program_.emplace(Process::Options{.command = {STATUS_ITEM_PROGRAM, argument}, .environment = all});
+    program_.emplace(Process::Options{.command = {STATUS_ITEM_PROGRAM}, .environment = all});
   }
 
-  void startOnBus(const Environment &more = {}, const std::string &argument = "menu") {
-    start(bus_.address(), more, argument);
-  }
+  void startOnBus(const Environment &more = {}) { start(bus_.address(), more); }
 
   static constexpr char noBus[] = "unix:path=/nonexistent/bus";
 
@@ -181,13 +179,13 @@ TEST_F(StatusItemTest, QuitIsInTheMenuOfThePanel) {
   EXPECT_EQ(program_->wait(), 0);
 }
 
-TEST_F(StatusItemTest, ActivationShowsTheMenuAtItsPosition) {
+TEST_F(StatusItemTest, AContextMenuIsShownAtItsPosition) {
   const WatcherFake watcher(host_);
   const XScreen screen(x_.display());
   startOnBus();
   ASSERT_TRUE(eventually([&] { return !watcher.items().isEmpty(); }));
   EXPECT_THAT(screen.windows(), Not(Contains(QPoint(300, 200))));
-  call(watcher.items().constLast(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
+  call(watcher.items().constLast(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "ContextMenu",
        {300, 200});
   ASSERT_TRUE(seen([&] {
     const auto windows = screen.windows();
@@ -200,7 +198,7 @@ TEST_F(StatusItemTest, ActivationShowsTheMenuAtItsPosition) {
 
 TEST_F(StatusItemTest, AnActivationIsAtItsPositionOnAScaledDesktop) {
   const WatcherFake watcher(host_);
-  startOnBus({{"QT_SCALE_FACTOR", "2"}}, "activation");
+  startOnBus({{"QT_SCALE_FACTOR", "2"}});
   ASSERT_TRUE(eventually([&] { return !watcher.items().isEmpty(); }));
   call(watcher.items().constLast(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
        {300, 200});
@@ -211,7 +209,7 @@ TEST_F(StatusItemTest, AnActivationWithoutPositionIsAtThePointer) {
   const WatcherFake watcher(host_);
   const XScreen screen(x_.display());
   screen.click({321, 123}, 1);
-  startOnBus({}, "activation");
+  startOnBus();
   ASSERT_TRUE(eventually([&] { return !watcher.items().isEmpty(); }));
   call(watcher.items().constLast(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", {0, 0});
   EXPECT_TRUE(program_->waitForLine("activated 321 123"));
@@ -219,7 +217,7 @@ TEST_F(StatusItemTest, AnActivationWithoutPositionIsAtThePointer) {
 
 TEST_F(StatusItemTest, AClickOnTheEmbeddedIconActivates) {
   XEmbedTray tray(x_.display());
-  start(noBus, {}, "activation");
+  start(noBus);
   ASSERT_TRUE(seen([&] { return tray.showsColour(iconColour); }));
   tray.screen().click(XEmbedTray::iconCentre, 1);
   EXPECT_TRUE(program_->waitForLine("activated 12 12"));

@@ -175,7 +175,8 @@ def action(prompt, key=E, name="Mine"):
 def store(desktop, actions, **more):
     text = actions if isinstance(actions, str) else json.dumps(actions)
     desktop.user_defaults().write_text(json.dumps(
-        {"customActions": text, "hasInitializedDefaultActions": True, "hasUpdatedDefaultPrompts_v1.4": True, **more}))
+        {"customActions": text, "hasInitializedDefaultActions": True, "hasUpdatedDefaultPrompts_v1.4": True,
+         "hasLaunchedBefore": True, **more}))
 
 
 @pytest.mark.parametrize("prompt, filled", [

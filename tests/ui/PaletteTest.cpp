@@ -136,7 +136,10 @@ TEST(Palette, EverythingIsToldApartOnEveryPalette) {
          {colors.windowBackground, colors.textBackground, colors.controlBackground}) {
       EXPECT_GE(contrastRatio(colors.secondary, background), 4.5);
       EXPECT_GE(contrastRatio(colors.link, background), 4.5);
-      EXPECT_GE(contrastRatio(colors.orange, background), 3);
+      EXPECT_GE(contrastRatio(colors.redText, background), 4.5);
+      for (const auto &symbol : {colors.orange, colors.green, colors.red}) {
+        EXPECT_GE(contrastRatio(symbol, background), 3);
+      }
     }
     EXPECT_GE(contrastRatio(colors.accent, colors.windowBackground), 3);
     EXPECT_GE(contrastRatio(colors.accentText, colors.windowBackground), 4.5);

@@ -84,6 +84,14 @@ TEST_F(SymbolButtonTest, GrowsWithTheText) {
   EXPECT_TRUE(find(drawing(21, 1, green), rendered(button_, 1)));
 }
 
+TEST_F(SymbolButtonTest, CanTurnIntoAnother) {
+  button_.resize(button_.sizeHint());
+  button_.setSymbol(QStringLiteral("checkmark"), QStringLiteral("Done"));
+  const QImage expected = symbol(QStringLiteral("checkmark"), 14, green, 1).toImage();
+  EXPECT_EQ(inkOf(rendered(button_, 1)), inkOf(expected).translated(2, 2));
+  EXPECT_EQ(button_.accessibleName(), QStringLiteral("Done"));
+}
+
 TEST_F(SymbolButtonTest, IsNotFocusedByAClick) {
   EXPECT_EQ(button_.focusPolicy(), Qt::TabFocus);
   EXPECT_EQ(button_.accessibleName(), QStringLiteral("Close"));

@@ -2,18 +2,30 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QImage>
+#include <QRegularExpression>
 #include <QStringList>
 
 namespace lumiwren {
 namespace {
 
-const QStringList names = {QStringLiteral("arrow.up.circle.fill"), QStringLiteral("checkmark"),
-                           QStringLiteral("doc.on.doc"), QStringLiteral("exclamationmark.triangle.fill"),
-                           QStringLiteral("xmark.circle.fill")};
+/// Every drawing that there is; the first symbol that is drawn brings them in.
+QStringList names() {
+  symbol(QStringLiteral("checkmark"), 1, Qt::black, 1);
+  QStringList found = QDir(QStringLiteral(":/symbols")).entryList();
+  found.replaceInStrings(QRegularExpression(QStringLiteral("\\.svg$")), {});
+  return found;
+}
 
 TEST(Symbols, EachIsDrawnInTheColourAskedForAndInNoOther) {
-  for (const auto &name : names) {
+  for (const auto *const needed :
+       {"arrow.up.circle.fill", "camera.viewfinder", "character.book.closed.fill", "checkmark",
+        "checkmark.circle.fill", "doc.on.doc", "exclamationmark.triangle.fill", "eye", "eye.slash",
+        "keyboard.badge.ellipsis", "pencil", "plus", "text.cursor", "trash", "xmark.circle.fill"}) {
+    EXPECT_TRUE(names().contains(QLatin1String(needed))) << needed;
+  }
+  for (const auto &name : names()) {
     const QImage image =
         symbol(name, 24, QColor(10, 200, 30), 2).toImage().convertToFormat(QImage::Format_ARGB32);
     ASSERT_EQ(image.size(), QSize(48, 48)) << name.toStdString();

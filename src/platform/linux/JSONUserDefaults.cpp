@@ -3,11 +3,8 @@
 #include "base/Base64.h"
 #include "base/PrintLine.h"
 #include "base/Unicode.h"
+#include "platform/linux/UserFolders.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -17,25 +14,6 @@ namespace lumiwren {
 namespace {
 
 constexpr auto base64Key = "base64";
-
-std::optional<std::filesystem::path> absolutePathFromEnvironment(const char *name) {
-  const char *value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read at start-up
-  if (value == nullptr || !std::filesystem::path(value).is_absolute()) {
-    return std::nullopt;
-  }
-  return value;
-}
-
-std::filesystem::path homeFolder() {
-  if (const auto home = absolutePathFromEnvironment("HOME")) {
-    return *home;
-  }
-  std::vector<char> buffer(16384);
-  passwd entry{};
-  passwd *found = nullptr;
-  ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
-  return found != nullptr ? found->pw_dir : "/nonexistent";
-}
 
 /// Throws std::runtime_error when the text is no JSON object, or one whose nesting would exhaust the stack.
 nlohmann::ordered_json parseObject(std::string_view text) {
@@ -58,8 +36,7 @@ nlohmann::ordered_json parseObject(std::string_view text) {
 }  // namespace
 
 std::filesystem::path JSONUserDefaults::defaultFile() {
-  const auto configured = absolutePathFromEnvironment("XDG_CONFIG_HOME");
-  return (configured ? *configured : homeFolder() / ".config") / "lumiwren" / "defaults.json";
+  return configurationFolder() / "lumiwren" / "defaults.json";
 }
 
 JSONUserDefaults::JSONUserDefaults(std::filesystem::path file) : file_(std::move(file)) {

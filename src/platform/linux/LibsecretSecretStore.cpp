@@ -332,6 +332,15 @@ std::optional<Secret> LibsecretSecretStore::copyMatching(std::string_view servic
       .value_or(std::nullopt);
 }
 
+bool LibsecretSecretStore::contains(std::string_view service, std::string_view account) {
+  const auto attributes = attributesOf(service, account);
+  return perform<bool>([&](Operation &operation) -> std::optional<bool> {
+           const auto found = operation.search(attributes.get());
+           return found ? std::optional(!found->unlocked.empty() || !found->locked.empty()) : std::nullopt;
+         })
+      .value_or(false);
+}
+
 SecretStatus LibsecretSecretStore::add(std::string_view service, std::string_view account,
                                        const Secret &secret) {
   const auto attributes = attributesOf(service, account);

@@ -30,6 +30,7 @@ public:
   ~LibsecretSecretStore() override;
 
   std::optional<Secret> copyMatching(std::string_view service, std::string_view account) override;
+  bool contains(std::string_view service, std::string_view account) override;
   SecretStatus add(std::string_view service, std::string_view account, const Secret &secret) override;
   SecretStatus remove(std::string_view service, std::string_view account) override;
 

@@ -2,11 +2,14 @@
 
 #include "platform/Platform.h"
 #include "platform/testing/FakeAccessibilityTrust.h"
+#include "platform/testing/FakeApplicationWindows.h"
+#include "platform/testing/FakeBundle.h"
 #include "platform/testing/FakeChildProcesses.h"
 #include "platform/testing/FakeDesktopAppearance.h"
 #include "platform/testing/FakeEventMonitors.h"
 #include "platform/testing/FakeHTTPClient.h"
 #include "platform/testing/FakeImageDecoder.h"
+#include "platform/testing/FakeLoginItem.h"
 #include "platform/testing/FakePanelWindows.h"
 #include "platform/testing/FakePasteboard.h"
 #include "platform/testing/FakeScreenRecording.h"
@@ -14,6 +17,7 @@
 #include "platform/testing/FakeSecretStore.h"
 #include "platform/testing/FakeSelectionCopy.h"
 #include "platform/testing/FakeTextRecognizer.h"
+#include "platform/testing/FakeUpdater.h"
 #include "platform/testing/FakeUserDefaults.h"
 #include "platform/testing/FakeWorkspace.h"
 
@@ -32,11 +36,15 @@ public:
   FakeSecretStore &secretStore() override { return secretStore_; }
   FakeUserDefaults &userDefaults() override { return userDefaults_; }
   FakeDesktopAppearance &desktopAppearance() override { return desktopAppearance_; }
+  FakeApplicationWindows &applicationWindows() override { return applicationWindows_; }
+  FakeLoginItem &loginItem() override { return loginItem_; }
   FakeScreenRecording &screenRecording() override { return screenRecording_; }
   FakeImageDecoder &imageDecoder() override { return imageDecoder_; }
   FakeTextRecognizer &textRecognizer() override { return textRecognizer_; }
   FakeChildProcesses &childProcesses() override { return childProcesses_; }
   FakeWorkspace &workspace() override { return workspace_; }
+  FakeUpdater &updater() override { return updater_; }
+  FakeBundle &bundle() override { return bundle_; }
 
 private:
   FakeEventMonitors eventMonitors_;
@@ -49,11 +57,15 @@ private:
   FakeSecretStore secretStore_;
   FakeUserDefaults userDefaults_;
   FakeDesktopAppearance desktopAppearance_;
+  FakeApplicationWindows applicationWindows_;
+  FakeLoginItem loginItem_;
   FakeScreenRecording screenRecording_;
   FakeImageDecoder imageDecoder_;
   FakeTextRecognizer textRecognizer_;
   FakeChildProcesses childProcesses_;
   FakeWorkspace workspace_;
+  FakeUpdater updater_;
+  FakeBundle bundle_;
 };
 
 }  // namespace lumiwren::testing

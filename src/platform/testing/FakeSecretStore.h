@@ -17,13 +17,19 @@ namespace lumiwren::testing {
 /// A secret store in memory, which a test can make fail or keep its callers waiting. Any thread.
 class FakeSecretStore : public SecretStore {
 public:
-  enum class Operation { CopyMatching, Add, Remove };
+  enum class Operation { CopyMatching, Contains, Add, Remove };
 
   std::optional<Secret> copyMatching(std::string_view service, std::string_view account) override {
     std::unique_lock lock(mutex_);
     enter(lock, Operation::CopyMatching);
     const auto item = items_.find(key(service, account));
     return readsFail_ || item == items_.end() ? std::nullopt : std::optional(item->second);
+  }
+
+  bool contains(std::string_view service, std::string_view account) override {
+    std::unique_lock lock(mutex_);
+    enter(lock, Operation::Contains);
+    return !readsFail_ && items_.find(key(service, account)) != items_.end();
   }
 
   SecretStatus add(std::string_view service, std::string_view account, const Secret &secret) override {

@@ -138,6 +138,7 @@ TEST_F(LibsecretSecretStoreTest, SurvivesTheEndOfTheBusAndFindsTheNextOne) {
 TEST_F(LibsecretSecretStoreTest, WithoutAServiceEveryOperationFailsAtOnce) {
   LibsecretSecretStore store({never, never});
   EXPECT_EQ(read(store), std::nullopt);
+  EXPECT_FALSE(store.contains(service, account));
   EXPECT_EQ(add(store, "sk-abc"), SecretStatus::Failure);
   EXPECT_EQ(store.remove(service, account), SecretStatus::Failure);
 
@@ -182,6 +183,13 @@ TEST_F(LibsecretSecretStoreTest, ALockedItemIsReadWhenTheUserUnlocksIt) {
   LibsecretSecretStore store({never, never});
   EXPECT_EQ(read(store), "sk-unlocked");
   EXPECT_EQ(session_.nextEvent(), "prompt");
+}
+
+TEST_F(LibsecretSecretStoreTest, ToLookForALockedItemAsksNobody) {
+  session_.startService("ignored");
+  // A prompt would be waited for.
+  LibsecretSecretStore store({never, never});
+  EXPECT_TRUE(store.contains(service, account));
 }
 
 TEST_F(LibsecretSecretStoreTest, ADismissedPromptIsNoSecretAndIsNotShownAgain) {

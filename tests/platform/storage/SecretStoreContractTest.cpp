@@ -51,6 +51,15 @@ TYPED_TEST(SecretStoreContractTest, ASecretReadsBackByteForByte) {
   }
 }
 
+TYPED_TEST(SecretStoreContractTest, ContainsWhatWasAddedUntilItIsRemoved) {
+  EXPECT_FALSE(this->store().contains("service", "account"));
+  this->add("");
+  EXPECT_TRUE(this->store().contains("service", "account"));
+  EXPECT_FALSE(this->store().contains("service", "another"));
+  this->store().remove("service", "account");
+  EXPECT_FALSE(this->store().contains("service", "account"));
+}
+
 TYPED_TEST(SecretStoreContractTest, RemovingTwiceFindsNothingTheSecondTime) {
   this->add("secret");
   EXPECT_EQ(this->store().remove("service", "account"), SecretStatus::Success);

@@ -11,8 +11,9 @@ from .resolution import Resolution
 from .screencapture import Screencapture, read_png, screen_pixels
 from .service import DONE, Exchange, StandInService, sse
 from .waiting import stays_false, wait_until
+from .window import Window
 
 __all__ = ["API_KEY", "DONE", "WINDOW_MANAGERS", "Chromium", "Desktop", "Exchange", "Frame", "GnomeSettings", "GtkEditor",
            "GtkMenu", "LeftBehind", "Lumiwren", "Mousepad", "Panel", "Process", "QtEditor", "QtReader", "Resolution",
-           "Screencapture", "SettingsPortal", "StandInService", "VteTerminal", "XTerm", "leftovers", "read_png",
-           "screen_pixels", "sse", "stays_false", "wait_until"]
+           "Screencapture", "SettingsPortal", "StandInService", "VteTerminal", "Window", "XTerm", "leftovers",
+           "read_png", "screen_pixels", "sse", "stays_false", "wait_until"]

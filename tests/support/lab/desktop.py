@@ -52,17 +52,19 @@ class Desktop(contextlib.ExitStack):
 
     monitors: (width, height) of monitors side by side, instead of one of `size`
     physical_keyboard: keys are pressed on a keyboard that the session's own programs cannot inject into
+    posts_keys: False for a session whose programs cannot post keys at all (which has a physical keyboard)
     keyring: True (unlocked, with a key), False (none on the bus)
     tray_host: True for a status item watcher from the start
     """
 
     def __init__(self, window_manager="openbox", size=(1280, 800), monitors=(), physical_keyboard=False,
-                 keyring=True, tray_host=True, focus_follows_mouse=False, directory=None):
+                 posts_keys=True, keyring=True, tray_host=True, focus_follows_mouse=False, directory=None):
         super().__init__()
         self.window_manager = window_manager
         self.size = (sum(width for width, _ in monitors), max(height for _, height in monitors)) if monitors else size
         self.monitors = monitors
-        self.physical_keyboard = physical_keyboard
+        self.physical_keyboard = physical_keyboard or not posts_keys
+        self.posts_keys = posts_keys
         self.with_keyring, self.with_tray_host = keyring, tray_host
         self.focus_follows_mouse = focus_follows_mouse
         self.directory = directory
@@ -136,7 +138,7 @@ class Desktop(contextlib.ExitStack):
             return display
         # The outer server has no window manager: keys go to the window under the pointer, which is all of it.
         inner = self._own(Xephyr(self.size, {**self.env, "DISPLAY": server.name}, self._log("xephyr"),
-                                 mark=self.mark))
+                                 mark=self.mark, arguments=() if self.posts_keys else ("-extension", "XTEST")))
         return self._own(Display(inner.name, input_display=display))
 
     def _start_bus(self):

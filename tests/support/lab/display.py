@@ -242,6 +242,17 @@ class Display:
         self.send_to_root(window, "_NET_ACTIVE_WINDOW", [2, X.CurrentTime])
         wait_until(lambda: self.has_focus(window), "the focus")
 
+    def paint_ground(self, color):
+        """Fills the desktop, for compositors too."""
+        size = self.root.get_geometry()
+        pixmap = self.root.create_pixmap(size.width, size.height, size.depth)
+        pixmap.fill_rectangle(pixmap.create_gc(foreground=color), 0, 0, size.width, size.height)
+        for name in ("_XROOTPMAP_ID", "ESETROOT_PMAP_ID"):
+            self.root.change_property(self.x.get_atom(name), Xatom.PIXMAP, 32, [pixmap.id])
+        self.root.change_attributes(background_pixmap=pixmap)
+        self.root.clear_area()
+        self.x.sync()
+
     # -- pixels --------------------------------------------------------------------------------------------
 
     def pixels(self, frame):
@@ -276,10 +287,10 @@ class XServer:
 
     argv = ["Xvfb", "-screen", "0", "{width}x{height}x24", "-nolisten", "tcp", "-noreset", "-dpi", "96"]
 
-    def __init__(self, size, env, log, mark):
+    def __init__(self, size, env, log, mark, arguments=()):
         reading, writing = os.pipe()
         width, height = size
-        argv = [word.format(width=width, height=height) for word in self.argv] + ["-displayfd", str(writing)]
+        argv = [word.format(width=width, height=height) for word in self.argv] + [*arguments, "-displayfd", str(writing)]
         self.process = Process(argv, env, log, pass_fds=[writing], mark=mark)
         os.close(writing)
         with open(reading) as numbers:

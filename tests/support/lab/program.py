@@ -1,14 +1,14 @@
-"""The program under test and its panel."""
+"""The program under test and its windows."""
 
 import itertools
 import os
 import re
 
-from .accessibility import Gone, Node
-from .display import Frame
+from .accessibility import Gone
 from .process import leftovers
 from .tray import wait_for_item
 from .waiting import wait_until
+from .window import Window
 
 _numbers = itertools.count(1)
 TITLE = "Lumiwren"
@@ -19,52 +19,11 @@ def binary():
     return os.environ["LUMIWREN_BIN"]
 
 
-class Panel:
-    """The floating panel, read as a screen reader reads it and seen as the X server shows it."""
+class Panel(Window):
+    """The floating panel with the conversation."""
 
     def __init__(self, program):
-        self.program = program
-        self.display = program.desktop.display
-
-    @property
-    def window(self):
-        """The viewable X window, or None."""
-        return self.display.window(TITLE)
-
-    @property
-    def shown(self):
-        return self.window is not None
-
-    @property
-    def window_frame(self):
-        return self.display.frame(self.window)
-
-    @property
-    def shadow(self):
-        """How far the shadow reaches into the window: left, right, top, bottom."""
-        return tuple(self.display.property(self.window, "_GTK_FRAME_EXTENTS") or (0, 0, 0, 0))
-
-    @property
-    def frame(self):
-        """The panel without its shadow."""
-        window, (left, right, top, bottom) = self.window_frame, self.shadow
-        return Frame(window.x + left, window.y + top, window.width - left - right, window.height - top - bottom)
-
-    @property
-    def node(self) -> Node | None:
-        application = self.program.desktop.accessibility.application(self.program.process.pid)
-        if application is None:
-            return None
-        return next((child for child in application.children if child.name == TITLE), None)
-
-    def texts(self):
-        """Every text and name that is showing, in the order of the tree; empty while there is no panel."""
-        try:
-            node = self.node if self.shown else None
-            return [] if node is None else [text for part in node.walk() if "showing" in part.states
-                                            for text in [part.text] if text]
-        except Gone:
-            return []
+        super().__init__(program, TITLE)
 
     def turns(self, name):
         """The texts of the conversation's rows of one name, oldest first."""
@@ -85,32 +44,6 @@ class Panel:
     def errors(self):
         return self.turns("Error")
 
-    def shows(self, text):
-        return any(text in shown for shown in self.texts())
-
-    def wait_shown(self, timeout=15.0):
-        wait_until(lambda: self.shown, "the panel", timeout)
-        return self
-
-    def wait_gone(self, timeout=15.0):
-        wait_until(lambda: not self.shown, "the panel's end", timeout)
-
-    def wait_for(self, text, timeout=15.0):
-        """Waits until the panel shows a text."""
-        try:
-            wait_until(lambda: self.shows(text), f"the panel to show {text!r}", timeout, 0.02)
-        except TimeoutError as error:
-            raise TimeoutError(f"{error}; it shows {self.texts()}; the program says:\n"
-                               f"{self.program.process.output}") from None
-
-    def find(self, role=None, name=None):
-        def search():
-            try:
-                return self.node.find(role, name)
-            except Gone:
-                return None
-        return wait_until(search, f"{role or 'something'} named {name!r} in the panel", interval=0.02)
-
     @property
     def field(self):
         """The follow-up field."""
@@ -124,17 +57,6 @@ class Panel:
     def wait_enabled(self):
         """Waits until a follow-up can be typed."""
         wait_until(lambda: "enabled" in self.field.states, "the end of loading", interval=0.02)
-
-    def place(self, node):
-        """Where a part of the panel is on the screen. The toolkit can be wrong about where its window is, so only
-        the part's place within the window is taken from it; it counts in points."""
-        part, root, frame = node.frame, self.node.frame, self.window_frame
-        scale = frame.width / root.width
-        return Frame(round(frame.x + (part.x - root.x) * scale), round(frame.y + (part.y - root.y) * scale),
-                     round(part.width * scale), round(part.height * scale))
-
-    def click(self, node):
-        self.display.click(*self.place(node).centre)
 
     def ask(self, question):
         """Clicks into the follow-up field, types and presses Return."""
@@ -156,6 +78,11 @@ class Lumiwren:
         self.mark = f"{desktop.mark}-program{next(_numbers)}"
         self.process = desktop.launch([binary()], mark=self.mark, **environment)
         self.panel = Panel(self)
+        self.menu = Window(self, "Lumiwren menu")
+        self.actions = Window(self, "Actions")
+        self.api_key = Window(self, "OpenAI API Key")
+        self.welcome = Window(self, "Welcome to Lumiwren")
+        self.about = Window(self, "About Lumiwren")
         # Whoever answers has been set up: both are answered by the main loop.
         if accessible:
             self._wait_accessible()
@@ -176,6 +103,20 @@ class Lumiwren:
     @property
     def status_item(self):
         return wait_for_item(self.desktop.bus, self.process.pid)
+
+    def open_menu(self, x=600, y=300):
+        """Clicks the status item, as the tray tells it; the menu, which has the keyboard."""
+        self.status_item.activate(x, y)
+        return self.menu.wait_shown()
+
+    def choose(self, entry):
+        """Clicks an entry of the menu."""
+        self.open_menu().click(entry)
+        self.menu.wait_gone()
+
+    def alert(self, message):
+        """The alert with that message."""
+        return Window(self, TITLE, message)
 
     def processes(self):
         """What runs of the program, helpers included: (pid, command line) of each."""

@@ -1,6 +1,6 @@
-"""Draws every state of the panel, and the choice of a region, of the real program on a real desktop: python3 -m lab.screenshots PROGRAM FOLDER [WORD...]
+"""Draws every window and state of the real program on a real desktop: python3 -m lab.screenshots PROGRAM FOLDER [WORD...]
 
-Each picture is that of the panel and a little of what is around it, named after look, scale and state. Words choose
+Each picture is that of the window and a little of what is around it, named after look, scale and state. Words choose
 the pictures whose names hold all of them.
 """
 
@@ -9,10 +9,12 @@ import pathlib
 import sys
 
 from . import Desktop, Frame, GtkEditor, Lumiwren, Screencapture, SettingsPortal, StandInService, wait_until
+from .shell_pictures import SHELL_DESKTOPS, SHELL_STATES, SHELL_TURNING, Shell
 
 MARGIN = 28  # around the panel, in points
 SIZE = 900, 680  # of the desktop, in points
 POINTER = 220, 40
+GROUND = {"light": 0x9FB6CC, "dark": 0x2B3A4A}  # of the desktop
 
 EVERY_KIND = """# Wrens
 
@@ -74,26 +76,59 @@ WIDE = "| Species | Weight in grams | Wingspan in centimetres | Conservation | P
 
 
 class Studio:
-    """A desktop with the program in front of a text, in one look and scale."""
+    """A desktop in one look and scale."""
 
-    def __init__(self, look, scale, window_manager="xfwm4", text_scale=1.0):
+    def __init__(self, look, scale, window_manager="xfwm4", text_scale=1.0, **options):
         self.scale = scale
-        self.desktop = Desktop(window_manager, size=(int(SIZE[0] * scale), int(SIZE[1] * scale)))
+        self.desktop = Desktop(window_manager, size=(int(SIZE[0] * scale), int(SIZE[1] * scale)), **options)
         self.settings = (f"{{'org.freedesktop.appearance': {{'color-scheme': <uint32 {2 if look == 'light' else 1}>}},"
                          f" 'org.gnome.desktop.interface': {{'text-scaling-factor': <{float(text_scale)}>}}}}")
+        self.look = look
 
     def __enter__(self):
         self.desktop.__enter__()
+        self.desktop.display.paint_ground(GROUND[self.look])
         SettingsPortal(self.desktop, settings=self.settings)
         self.service = StandInService()
+        return self
+
+    def __exit__(self, *exception):
+        self.service.close()
+        self.desktop.__exit__(*exception)
+
+    def settle(self, panel):
+        """Waits until nothing moves on the screen any more, but for what turns."""
+        display = self.desktop.display
+        seen = []
+
+        def unchanged():
+            seen.append(bytes(display.pixels(panel.frame)[0]))
+            return len(seen) > 5 and len(set(seen[-6:])) <= 2  # with the caret, and without
+
+        wait_until(unchanged, "the panel to stand still", interval=0.06)
+
+    def picture(self, panel, path, still=True):
+        if still:
+            self.settle(panel)
+        around = int(MARGIN * self.scale)
+        frame, display = panel.frame, self.desktop.display
+        left, right, top, bottom = display.property(panel.window, "_NET_FRAME_EXTENTS") or (0, 0, 0, 0)
+        x, y = max(0, frame.x - left - around), max(0, frame.y - top - around)
+        display.screenshot(path, Frame(x, y, frame.right + right + around - x, frame.bottom + bottom + around - y))
+
+
+class PanelStudio(Studio):
+    """The same with the program in front of a text."""
+
+    def __enter__(self):
+        super().__enter__()
         self.editor = None
         self.lumiwren = Lumiwren(self.desktop, self.service, QT_SCALE_FACTOR=str(self.scale))
         return self
 
     def __exit__(self, *exception):
         self.lumiwren.terminate()
-        self.service.close()
-        self.desktop.__exit__(*exception)
+        super().__exit__(*exception)
 
     def open(self, answer, selected="What the user selected in a text that he was reading"):
         """Presses the hotkey over a fresh selection; the panel."""
@@ -116,25 +151,6 @@ class Studio:
         self.desktop.display.drag(corner, (corner[0] + int(width * self.scale) - frame.width,
                                            corner[1] + int(height * self.scale) - frame.height))
         wait_until(lambda: panel.frame.height >= int(height * self.scale) - 4, "the larger panel")
-
-    def settle(self, panel):
-        """Waits until nothing moves on the screen any more, but for what turns."""
-        display = self.desktop.display
-        seen = []
-
-        def unchanged():
-            seen.append(bytes(display.pixels(panel.frame)[0]))
-            return len(seen) > 5 and len(set(seen[-6:])) <= 2  # with the caret, and without
-
-        wait_until(unchanged, "the panel to stand still", interval=0.06)
-
-    def picture(self, panel, path, still=True):
-        if still:
-            self.settle(panel)
-        around = int(MARGIN * self.scale)
-        frame = panel.frame
-        x, y = max(0, frame.x - around), max(0, frame.y - around)
-        self.desktop.display.screenshot(path, Frame(x, y, frame.right + around - x, frame.bottom + around - y))
 
 
 def answered(text):
@@ -254,8 +270,7 @@ def choose_region(look, scale, wanted, folder):
     """Draws the states of the choice of a region, over a text in front of a plain desktop."""
     with Desktop(size=(int(SIZE[0] * scale), int(SIZE[1] * scale)), keyring=False, tray_host=False) as desktop:
         display = desktop.display
-        display.root.change_attributes(background_pixel=0x2B3A4A if look == "dark" else 0x9FB6CC)
-        display.root.clear_area()
+        display.paint_ground(GROUND[look])
         editor = GtkEditor(desktop, EVERY_KIND, place=(int(40 * scale), int(40 * scale)),
                            GTK_THEME="Adwaita:dark" if look == "dark" else "Adwaita", GDK_SCALE=str(scale))
         wait_until(lambda: len(set(bytes(display.pixels(editor.frame)[0]))) > 20, "the editor's text")
@@ -306,6 +321,17 @@ SERIES = [(look, scale, tuple(STATES), "", {}) for look in ("light", "dark") for
     ("light", 1, FEW, "large-text-", {"text_scale": 1.4})]
 
 
+def draw_shell(look, scale, wanted, folder):
+    """Draws the states of the menu, the windows and the alerts, by the names of their pictures."""
+    for state, name in wanted.items():
+        draw, needs = SHELL_STATES[state]
+        with Studio(look, scale, **SHELL_DESKTOPS.get(state, {})) as studio:
+            shell = Shell(studio.desktop, studio.service, scale, **needs)
+            studio.picture(draw(shell), folder / f"{name}.png", draw not in SHELL_TURNING)
+            print(folder / f"{name}.png", flush=True)
+            shell.close()
+
+
 def main():
     os.environ["LUMIWREN_BIN"] = str(pathlib.Path(sys.argv[1]).resolve())
     folder = pathlib.Path(sys.argv[2])
@@ -316,7 +342,7 @@ def main():
         wanted = {state: name for state, name in names.items() if all(word in name for word in words)}
         if not wanted:
             continue
-        with Studio(look, scale, **options) as studio:
+        with PanelStudio(look, scale, **options) as studio:
             for state, name in wanted.items():
                 panel = STATES[state](studio)
                 studio.picture(panel, folder / f"{name}.png", STATES[state] not in TURNING)
@@ -325,10 +351,11 @@ def main():
 
     for look in ("light", "dark"):
         for scale in (1, 2):
-            names = {state: f"{look}-{scale}x-{state}" for state in REGION_STATES}
-            wanted = {state: name for state, name in names.items() if all(word in name for word in words)}
-            if wanted:
-                choose_region(look, scale, wanted, folder)
+            for states, draw in ((SHELL_STATES, draw_shell), (REGION_STATES, choose_region)):
+                names = {state: f"{look}-{scale}x-{state}" for state in states}
+                wanted = {state: name for state, name in names.items() if all(word in name for word in words)}
+                if wanted:
+                    draw(look, scale, wanted, folder)
 
 
 if __name__ == "__main__":

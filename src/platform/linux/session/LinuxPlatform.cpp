@@ -1,9 +1,11 @@
 #include "platform/linux/session/LinuxPlatform.h"
 
 #include "platform/linux/CurlHTTPClient.h"
+#include "platform/linux/JSONBundle.h"
 #include "platform/linux/JSONUserDefaults.h"
 #include "platform/linux/LibsecretSecretStore.h"
 #include "platform/linux/SpawnedProcesses.h"
+#include "platform/linux/XDGLoginItem.h"
 #include "platform/linux/appearance/PortalDesktopAppearance.h"
 #include "platform/linux/recognition/PNGDecoder.h"
 #include "platform/linux/recognition/TesseractRecognizer.h"
@@ -84,6 +86,9 @@ public:
   }
   Screens &screens() override { return x11_ ? x11_->screens() : unavailable_.screens; }
   PanelWindows &panelWindows() override { return x11_ ? x11_->panelWindows() : unavailable_.panelWindows; }
+  ApplicationWindows &applicationWindows() override {
+    return x11_ ? x11_->applicationWindows() : unavailable_.applicationWindows;
+  }
   ScreenRecording &screenRecording() override {
     return x11_ ? x11_->screenRecording() : unavailable_.screenRecording;
   }
@@ -92,6 +97,7 @@ public:
   HTTPClient &httpClient() override { return httpClient_; }
   SecretStore &secretStore() override { return secretStore_; }
   UserDefaults &userDefaults() override { return userDefaults_; }
+  LoginItem &loginItem() override { return loginItem_; }
   DesktopAppearance &desktopAppearance() override {
     if (!desktopAppearance_) {
       // On the connection that the toolkit has for itself, once the program is up; to open it takes a while.
@@ -101,17 +107,21 @@ public:
   }
   ChildProcesses &childProcesses() override { return childProcesses_; }
   Workspace &workspace() override { return workspace_; }
+  Updater &updater() override { return unavailable_.updater; }
+  const Bundle &bundle() override { return bundle_; }
 
 private:
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
   CurlHTTPClient httpClient_;
   LibsecretSecretStore secretStore_;
+  XDGLoginItem loginItem_{XDGLoginItem::defaultFile(), QCoreApplication::applicationFilePath().toStdString()};
   const std::unique_ptr<X11Session> x11_;
   SessionEventMonitors eventMonitors_{x11_.get()};
   PNGDecoder imageDecoder_;
   TesseractRecognizer textRecognizer_;
   SpawnedProcesses childProcesses_;
   DesktopWorkspace workspace_;
+  JSONBundle bundle_{JSONBundle::fileFor(QCoreApplication::applicationDirPath().toStdString())};
   std::optional<PortalDesktopAppearance> desktopAppearance_;
   struct {
     UnavailablePasteboard pasteboard;
@@ -119,7 +129,9 @@ private:
     UnavailableAccessibility accessibilityTrust;
     UnavailableScreens screens;
     UnavailablePanelWindows panelWindows;
+    UnavailableApplicationWindows applicationWindows;
     UnavailableScreenRecording screenRecording;
+    UnavailableUpdater updater;
   } unavailable_;
 };
 

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/AccessibilityTrust.h"
+#include "platform/ApplicationWindows.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
 #include "platform/ScreenRecording.h"
 #include "platform/Screens.h"
 #include "platform/SelectionCopy.h"
+#include "platform/Updater.h"
 
 namespace lumiwren {
 
@@ -45,6 +47,19 @@ public:
   void makeKey(NativeWindow) override {}
   void resignKey(NativeWindow) override {}
   Rect frame(NativeWindow) override { return {}; }
+};
+
+class UnavailableApplicationWindows : public ApplicationWindows {
+public:
+  void activate(NativeWindow) override {}
+  void setFloating(NativeWindow) override {}
+};
+
+/// An installation that knows no address to look for new versions at.
+class UnavailableUpdater : public Updater {
+public:
+  bool canCheckForUpdates() override { return false; }
+  void checkForUpdates() override {}
 };
 
 class UnavailableScreenRecording : public ScreenRecording {

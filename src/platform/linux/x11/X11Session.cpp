@@ -1,5 +1,6 @@
 #include "platform/linux/x11/X11Session.h"
 
+#include "platform/linux/x11/X11ApplicationWindows.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11EventMonitors.h"
 #include "platform/linux/x11/X11InputChannel.h"
@@ -36,6 +37,7 @@ struct X11Session::Facilities {
         screens(questions, options.pixelsPerPoint),
         panelWindows(static_cast<xcb_connection_t *>(options.toolkitConnection), options.pixelsPerPoint,
                      options.watchReadable),
+        applicationWindows(static_cast<xcb_connection_t *>(options.toolkitConnection), questions),
         screenRecording(questions, options.screenshotTool) {}
 
   const X11Connection questions;
@@ -46,6 +48,7 @@ struct X11Session::Facilities {
   X11Trust trust{channel};
   X11Screens screens;
   X11PanelWindows panelWindows;
+  X11ApplicationWindows applicationWindows;
   X11ScreenRecording screenRecording;
 };
 
@@ -76,6 +79,10 @@ Screens &X11Session::screens() {
 
 PanelWindows &X11Session::panelWindows() {
   return facilities_->panelWindows;
+}
+
+ApplicationWindows &X11Session::applicationWindows() {
+  return facilities_->applicationWindows;
 }
 
 ScreenRecording &X11Session::screenRecording() {

@@ -3,6 +3,7 @@
 #include "base/Handle.h"
 #include "base/MainQueue.h"
 #include "platform/AccessibilityTrust.h"
+#include "platform/ApplicationWindows.h"
 #include "platform/EventMonitors.h"
 #include "platform/PanelWindows.h"
 #include "platform/Pasteboard.h"
@@ -42,6 +43,7 @@ public:
   AccessibilityTrust &accessibilityTrust();
   Screens &screens();
   PanelWindows &panelWindows();
+  ApplicationWindows &applicationWindows();
   ScreenRecording &screenRecording();
 
 private:

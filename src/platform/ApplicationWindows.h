@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/PanelWindows.h"
+
+namespace lumiwren {
+
+/// What the program asks of the session for its ordinary windows, those that the window manager manages. Main
+/// thread; nothing here waits for another program than the display server.
+class ApplicationWindows {
+public:
+  virtual ~ApplicationWindows() = default;
+
+  /// Brings a shown window to the front and gives it the keyboard, whatever program the user is in.
+  virtual void activate(NativeWindow window) = 0;
+  /// Keeps a shown window above ordinary ones, on every desktop.
+  virtual void setFloating(NativeWindow window) = 0;
+};
+
+}  // namespace lumiwren

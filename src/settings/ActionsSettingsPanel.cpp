@@ -1,0 +1,89 @@
+#include "settings/ActionsSettingsPanel.h"
+
+#include "ui/Fonts.h"
+#include "ui/Palette.h"
+#include "ui/PixelGrid.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <QWindow>
+
+#include <utility>
+
+namespace lumiwren {
+namespace {
+
+constexpr qreal cornerRadius = 12;
+constexpr double outlineOpacity = 0.16;
+constexpr int screenMargin = 10;
+
+}  // namespace
+
+ActionsSettingsPanel::ActionsSettingsPanel(PanelWindows &panelWindows, std::unique_ptr<QWidget> contentView,
+                                           std::function<void()> onClose)
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
+      panelWindows_(panelWindows),
+      onClose_(std::move(onClose)),
+      compositor_(panelWindows.observeTranslucency([this] { update(); })) {
+  setAttribute(Qt::WA_TranslucentBackground);
+  setAttribute(Qt::WA_AlwaysShowToolTips);
+  setAttribute(Qt::WA_QuitOnClose, false);
+  setWindowTitle(QStringLiteral("Actions"));
+  setAccessibleName(windowTitle());
+  auto *const layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(contentView.release());
+  adaptSize();
+}
+
+void ActionsSettingsPanel::adaptSize() {
+  const QSize room =
+      screen()->availableGeometry().size().shrunkBy({screenMargin, screenMargin, screenMargin, screenMargin});
+  const QSize size(scaledSize(contentSize.width()), scaledSize(contentSize.height()));
+  setFixedSize(size.boundedTo(room).expandedTo(contentSize));
+}
+
+void ActionsSettingsPanel::changeEvent(QEvent *event) {
+  if (event->type() == QEvent::FontChange) {
+    adaptSize();
+  }
+  QWidget::changeEvent(event);
+}
+
+void ActionsSettingsPanel::closeEvent(QCloseEvent *event) {
+  event->ignore();
+  onClose_();
+}
+
+void ActionsSettingsPanel::mousePressEvent(QMouseEvent *event) {
+  pressed_ = event->button() == Qt::LeftButton ? std::optional(event->position()) : std::nullopt;
+}
+
+void ActionsSettingsPanel::mouseMoveEvent(QMouseEvent *event) {
+  // Not with the press: the window manager takes the pointer, and what was only a click would not end.
+  if (pressed_ && (event->position() - *pressed_).manhattanLength() >= QApplication::startDragDistance()) {
+    pressed_.reset();
+    windowHandle()->startSystemMove();
+  }
+}
+
+void ActionsSettingsPanel::mouseReleaseEvent(QMouseEvent * /*event*/) {
+  pressed_.reset();
+}
+
+void ActionsSettingsPanel::paintEvent(QPaintEvent * /*event*/) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const qreal radius = panelWindows_.isTranslucencySupported() ? cornerRadius : 0;
+  const SemanticColors colors(palette());
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(colors.windowBackground);
+  painter.drawRoundedRect(rect(), radius, radius);
+  strokeInside(painter, rect(), 1, radius, withOpacity(colors.primary, outlineOpacity));
+}
+
+}  // namespace lumiwren

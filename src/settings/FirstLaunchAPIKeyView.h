@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/Workspace.h"
+#include "settings/ConnectionTest.h"
+#include "settings/KeyForm.h"
+
+#include <QWidget>
+
+#include <functional>
+
+namespace lumiwren {
+
+/// The form that welcomes a user who has no API key yet.
+class FirstLaunchAPIKeyView : public QWidget {
+  Q_OBJECT
+
+public:
+  /// `dismiss` closes the form; it may delete it.
+  FirstLaunchAPIKeyView(const KeyFormServices &services, Workspace &workspace, std::function<void()> dismiss,
+                        QWidget *parent = nullptr);
+
+  const KeyForm &form() const { return form_; }
+
+protected:
+  void changeEvent(QEvent *event) override;
+
+private:
+  KeyForm form_;
+};
+
+}  // namespace lumiwren

@@ -1,0 +1,63 @@
+#include "settings/FormWindow.h"
+
+#include "ui/AppIcon.h"
+#include "ui/Fonts.h"
+
+#include <QCursor>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace lumiwren {
+
+FormWindow::FormWindow(const QString &title, std::unique_ptr<QWidget> content, int smallestHeight,
+                       ApplicationWindows &windows)
+    : QDialog(nullptr,
+              Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      windows_(windows),
+      content_(content.release()),
+      smallestHeight_(smallestHeight) {
+  setAttribute(Qt::WA_QuitOnClose, false);
+  setWindowTitle(title);
+  setWindowIcon(appIcon());
+  auto *const layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSizeConstraint(QLayout::SetFixedSize);
+  layout->addWidget(content_);
+  adaptHeight();
+}
+
+void FormWindow::present() {
+  if (!std::exchange(isPlaced_, true)) {
+    centre();
+    focusNextChild();  // of none, that is to the first
+  }
+  show();
+  windows_.activate(winId());
+}
+
+void FormWindow::changeEvent(QEvent *event) {
+  if (event->type() == QEvent::FontChange) {
+    adaptHeight();
+  }
+  QDialog::changeEvent(event);
+}
+
+void FormWindow::adaptHeight() {
+  content_->setMinimumHeight(scaledSize(smallestHeight_));
+}
+
+void FormWindow::centre() {
+  const QScreen *screen = QGuiApplication::screenAt(QCursor::pos());
+  if (screen == nullptr) {
+    screen = QGuiApplication::primaryScreen();
+  }
+  ensurePolished();
+  layout()->activate();
+  move(screen->availableGeometry().center() - rect().center());
+}
+
+}  // namespace lumiwren

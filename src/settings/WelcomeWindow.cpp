@@ -1,0 +1,23 @@
+#include "settings/WelcomeWindow.h"
+
+#include "settings/FirstLaunchAPIKeyView.h"
+
+#include <memory>
+#include <utility>
+
+namespace lumiwren {
+namespace {
+
+constexpr int smallestHeight = 400;
+
+}  // namespace
+
+WelcomeWindow::WelcomeWindow(const KeyFormServices &services, Workspace &workspace,
+                             ApplicationWindows &windows)
+    : TransientFormWindow(QStringLiteral("Welcome to Lumiwren"), smallestHeight, windows,
+                          [services, &workspace](Dismiss dismiss) {
+                            return std::make_unique<FirstLaunchAPIKeyView>(services, workspace,
+                                                                           std::move(dismiss));
+                          }) {}
+
+}  // namespace lumiwren

@@ -1,0 +1,48 @@
+#include "ui/ElidedLabel.h"
+
+#include <QHelpEvent>
+#include <QPainter>
+#include <QToolTip>
+
+#include <cmath>
+
+namespace lumiwren {
+
+QString ElidedLabel::line() const {
+  return text().replace(QLatin1Char('\n'), QLatin1Char(' '));
+}
+
+QSize ElidedLabel::sizeHint() const {
+  // A part of a point too little would cost a letter.
+  const double width = QFontMetricsF(font()).horizontalAdvance(line());
+  return {static_cast<int>(std::ceil(width)), fontMetrics().height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const {
+  return {0, fontMetrics().height()};
+}
+
+bool ElidedLabel::event(QEvent *event) {
+  if (event->type() == QEvent::ToolTip) {
+    if (fontMetrics().horizontalAdvance(line()) > width()) {
+      // A tool tip would take some texts for markup.
+      const QString asMarkup = QStringLiteral("<span>%1</span>").arg(text().toHtmlEscaped());
+      QToolTip::showText(static_cast<const QHelpEvent *>(event)->globalPos(), asMarkup, this);
+    } else {
+      QToolTip::hideText();
+    }
+    return true;
+  }
+  return TextLabel::event(event);
+}
+
+void ElidedLabel::paintEvent(QPaintEvent * /*event*/) {
+  QPainter painter(this);
+  painter.setPen(color());
+  const QString shown = line();
+  painter.setLayoutDirection(shown.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+  painter.drawText(rect(), static_cast<int>(alignment()) | Qt::TextSingleLine,
+                   fontMetrics().elidedText(shown, Qt::ElideRight, width()));
+}
+
+}  // namespace lumiwren
