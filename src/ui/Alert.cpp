@@ -83,7 +83,12 @@ void Alert::prepare() {
 }
 
 void Alert::answer(int index) {
+  const bool hadKeyboard = isActiveWindow();
   done(index);
+  // Not every window manager gives the keyboard back to the window that has asked.
+  if (QWidget *const parent = parentWidget(); hadKeyboard && parent && parent->window()->isVisible()) {
+    activate_(*parent->window());
+  }
 }
 
 int Alert::run() {
