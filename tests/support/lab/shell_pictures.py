@@ -203,6 +203,11 @@ def accessibility_alert(shell):
     return shell.lumiwren.alert("Accessibility Permission Required").wait_shown().wait_focused()
 
 
+def screen_recording_alert(shell):
+    shell.lumiwren.status_item.choose("Explain Screen Region")
+    return shell.lumiwren.alert("Screen Recording Permission Required").wait_shown().wait_focused()
+
+
 UNREACHABLE = {"OPENAI_BASE_URL": "http://127.0.0.1:1/v1"}
 MANY = [action(f"Action {number}", 18, number) for number in range(10, 60)]
 # How each state comes about, and what its program is started with.
@@ -218,6 +223,8 @@ SHELL_STATES = {
     "key-unreachable": (key_form_unreachable, UNREACHABLE),
     "welcome": (welcome, {"key": None}), "welcome-tested": (welcome_tested, {"key": None}),
     "about": (about, {}), "accessibility-alert": (accessibility_alert, {}),
+    "screen-recording-alert": (screen_recording_alert, {}),
 }
 SHELL_TURNING = {key_form_testing}  # Something moves in it.
-SHELL_DESKTOPS = {"accessibility-alert": {"posts_keys": False}}  # What is special of the desktop of a state.
+# What is special of the desktop of a state.
+SHELL_DESKTOPS = {"accessibility-alert": {"posts_keys": False}, "screen-recording-alert": {"shows_screen": False}}
