@@ -1,6 +1,7 @@
 #include "settings/ActionsSettingsPanel.h"
 
 #include "ui/Fonts.h"
+#include "ui/InputGuard.h"
 #include "ui/Palette.h"
 #include "ui/PixelGrid.h"
 
@@ -32,6 +33,7 @@ ActionsSettingsPanel::ActionsSettingsPanel(PanelWindows &panelWindows, std::uniq
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(QStringLiteral("Actions"));
   setAccessibleName(windowTitle());
+  new InputGuard(*this);
   auto *const layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(contentView.release());

@@ -1,5 +1,6 @@
 #include "ui/Alert.h"
 
+#include "ui/InputGuard.h"
 #include "ui/Spacing.h"
 #include "ui/SymbolView.h"
 #include "ui/TextLabel.h"
@@ -35,6 +36,7 @@ Alert::Alert(const QString &message, const QString &informativeText, Activate ac
   setWindowTitle(QStringLiteral("Lumiwren"));
   setAccessibleName(message);
   setAccessibleDescription(informativeText);
+  new InputGuard(*this);
   auto *const texts = new QVBoxLayout;
   texts->setSpacing(textSpacing);
   addText(*texts, message, TextStyle::Headline, &SemanticColors::primary);

@@ -3,9 +3,11 @@
 import time
 
 import pytest
-from lab import GtkEditor, stays_false, wait_until
+from gi.repository import GLib
+from lab import GtkEditor, SettingsPortal, stays_false, wait_until
 from lab.accessibility import Gone
 from lab.actions_window import ActionsWindow, action, store_actions, stored_actions
+from lab.portal import GNOME
 
 DEFAULTS = ["Explain Selected Text", "Explain Screen Region", "Translate to English"]
 TRANSLATE = "00000000-0000-0000-0000-000000000003"
@@ -303,3 +305,64 @@ def test_the_editor_keeps_what_is_typed_while_the_user_is_in_another_program(des
     window.wait_focus("text", "Name")
     desktop.display.type("way")
     wait_until(lambda: window.editor and window.editor.name.text == "Halfway", "what was typed")
+
+
+# -- hands that are not exact ----------------------------------------------------------------------------------
+
+@pytest.fixture
+def ten(desktop, service, programs):
+    """The window with ten actions, in which nothing slides."""
+    portal = SettingsPortal(desktop)
+    portal.set(GNOME, "enable-animations", GLib.Variant("b", False))
+    store_actions(desktop, [action(f"Action {number}", prompt="Say {text}") for number in range(10)])
+    return ActionsWindow(programs.start(desktop, service))
+
+
+@pytest.mark.parametrize("number", [3, 7], ids=["where a tile comes to be", "where Save comes to be"])
+def test_a_double_click_on_edit_only_opens_the_editor(desktop, ten, number):
+    desktop.display.click(*ten.place(ten.rows()[number].find("push button", "Edit")).centre, times=2)
+    editor = ten.wait_editor()
+    assert stays_false(lambda: ten.editor is None or editor.input != ["Text Selection"], 0.3)
+
+
+def test_a_double_click_on_save_opens_nothing_that_is_below(desktop, ten):
+    editor = ten.edit(0)
+    desktop.display.click(*ten.place(editor.button("Save")).centre, times=2)
+    ten.wait_editor_gone()
+    assert stays_false(lambda: ten.editor, 0.3)
+
+
+def test_a_double_click_on_change_starts_the_recording(desktop, ten):
+    editor = ten.edit(0)
+    desktop.display.click(*ten.place(editor.button("Change")).centre, times=2)
+    editor.wait_hotkey("Press keys...")
+    assert stays_false(lambda: editor.hotkey != "Press keys...", 0.3)
+
+
+@pytest.mark.parametrize("tabs, opened", [(0, "editor"), (1, "editor"), (2, "question")],
+                         ids=["row", "Edit", "Delete"])
+def test_return_that_is_held_opens_and_no_more(desktop, ten, tabs, opened):
+    for _ in range(tabs):
+        desktop.display.press("Tab")
+    desktop.display.key_down("Return")
+    if opened == "editor":
+        ten.wait_editor()
+    else:
+        ten.question.wait_shown()
+    try:
+        # Longer than it takes until keys repeat.
+        assert stays_false(lambda: (ten.editor is None) == (opened == "editor")
+                           or ten.question.shown != (opened == "question"), 1)
+    finally:
+        desktop.display.key_up("Return")
+
+
+def test_escape_that_is_held_ends_one_thing(desktop, ten):
+    editor = ten.edit(0)
+    editor.record()
+    desktop.display.key_down("Escape")
+    try:
+        editor.wait_hotkey("⌥⇧V")
+        assert stays_false(lambda: ten.editor is None, 1)
+    finally:
+        desktop.display.key_up("Escape")
