@@ -10,7 +10,8 @@
 namespace lumiwren {
 namespace {
 
-constexpr int answerLimit = 1500;  // ms
+constexpr int answerLimit = 1500;   // ms
+constexpr int startLimit = 20'000;  // ms; of a program that the desktop starts for the question
 
 }  // namespace
 
@@ -42,7 +43,8 @@ RunningProgram::Answer RunningProgram::send(const QString &interface, const QStr
                                                 QLatin1String(ProgramInstance::path), interface, method);
   message.setArguments(arguments);
   message.setAutoStartService(startsProgram);
-  const QDBusMessage answer = bus_.call(message, QDBus::Block, answerLimit);
+  const int limit = before.isEmpty() && startsProgram ? startLimit : answerLimit;
+  const QDBusMessage answer = bus_.call(message, QDBus::Block, limit);
   if (answer.type() == QDBusMessage::ReplyMessage) {
     return {Outcome::Done, answer.arguments().value(0).toString()};
   }

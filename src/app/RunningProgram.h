@@ -7,7 +7,7 @@
 namespace lumiwren {
 
 /// The program that has the session's name, as another process asks things of it. A question blocks, for less
-/// than two seconds.
+/// than two seconds where the program runs.
 class RunningProgram {
 public:
   enum class Outcome {

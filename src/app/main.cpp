@@ -88,7 +88,7 @@ int runApplication(int argc, char **argv) {
   keepTextOutOfLogs();
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("lumiwren"));
-  QApplication::setDesktopFileName(QStringLiteral("lumiwren"));
+  QApplication::setDesktopFileName(QLatin1String(ProgramInstance::name));
   QApplication::setQuitOnLastWindowClosed(false);
 
   const auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("lumiwren"));
