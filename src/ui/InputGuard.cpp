@@ -29,13 +29,16 @@ bool InputGuard::keepsOut(const QEvent &event) {
       // The toolkit sends a press also ahead of the double click that it is part of.
       if (!press.flags().testFlag(Qt::MouseEventCreatedDoubleClick)) {
         clicked_ = window_.childAt(press.position().toPoint());
+        hasTyped_ = false;
       }
       return false;
     }
     case QEvent::MouseButtonDblClick:
-      return window_.childAt(static_cast<const QMouseEvent &>(event).position().toPoint()) != clicked_;
+      return !hasTyped_ &&
+             window_.childAt(static_cast<const QMouseEvent &>(event).position().toPoint()) != clicked_;
     case QEvent::KeyPress: {
       const auto &press = static_cast<const QKeyEvent &>(event);
+      hasTyped_ = true;
       const bool isReturn = press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter;
       const bool decides = press.key() == Qt::Key_Escape ||
                            (isReturn && !qobject_cast<QPlainTextEdit *>(window_.focusWidget()));
@@ -47,6 +50,7 @@ bool InputGuard::keepsOut(const QEvent &event) {
     }
     case QEvent::KeyRelease: {
       const auto &release = static_cast<const QKeyEvent &>(event);
+      hasTyped_ = true;  // Presses can have been taken away ahead of the window.
       released_ = {release.key(), release.timestamp()};
       return false;
     }

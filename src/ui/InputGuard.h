@@ -30,6 +30,7 @@ private:
   };
   QWidget &window_;
   QPointer<QWidget> clicked_;
+  bool hasTyped_ = false;  // since that
   Release released_;
 };
 

@@ -55,19 +55,16 @@ def test_an_edited_default_keeps_its_identifier_and_is_a_default_no_more(desktop
     wait_until(lambda: window.shows("Restore Defaults"), "the button to restore")
 
 
-@pytest.mark.parametrize("end", ["Cancel", "Escape"])
-def test_an_editor_that_is_cancelled_changes_nothing(desktop, window, end):
+def test_an_editor_that_is_cancelled_changes_nothing(desktop, window):
     before = desktop.user_defaults().read_text()
-    editor = window.edit(1)
-    editor.replace(editor.name, "Changed")
-    editor.replace(editor.prompt, "Changed")
-    if end == "Cancel":
-        editor.press("Cancel")
-    else:
-        desktop.display.press("Escape")
-    window.wait_editor_gone()
-    assert window.names() == DEFAULTS
-    assert desktop.user_defaults().read_text() == before
+    for end in (lambda: editor.press("Cancel"), lambda: desktop.display.press("Escape")):
+        editor = window.edit(1)
+        editor.replace(editor.name, "Changed")
+        editor.replace(editor.prompt, "Changed")
+        end()
+        window.wait_editor_gone()
+        assert window.names() == DEFAULTS
+        assert desktop.user_defaults().read_text() == before
 
 
 def test_without_a_prompt_nothing_can_be_saved(desktop, window):
@@ -88,18 +85,18 @@ def test_without_a_prompt_nothing_can_be_saved(desktop, window):
     assert stored_actions(desktop)[3]["name"] == "Untitled Action"
 
 
-@pytest.mark.parametrize("key", ["Return", "KP_Enter"])
-def test_return_saves_from_the_name_and_ends_a_line_in_the_prompt(desktop, window, key):
-    editor = window.add()
-    editor.replace(editor.prompt, "One")
-    desktop.display.press(key)
-    desktop.display.type("two")
-    wait_until(lambda: editor.prompt.text == "One\ntwo", "two lines")
-    editor.replace(editor.name, "Mine")
-    desktop.display.press(key)
-    window.wait_editor_gone()
-    window.wait_names(*DEFAULTS, "Mine")
-    assert stored_actions(desktop)[3]["prompt"] == "One\ntwo"
+def test_return_saves_from_the_name_and_ends_a_line_in_the_prompt(desktop, window):
+    for number, key in enumerate(("Return", "KP_Enter"), 3):
+        editor = window.add()
+        editor.replace(editor.prompt, "One")
+        desktop.display.press(key)
+        desktop.display.type("two")
+        wait_until(lambda: editor.prompt.text == "One\ntwo", "two lines")
+        editor.replace(editor.name, key)
+        desktop.display.press(key)
+        window.wait_editor_gone()
+        wait_until(lambda: window.names()[number:] == [key], "the new action")
+        assert stored_actions(desktop)[number]["prompt"] == "One\ntwo"
 
 
 def test_tab_goes_through_the_editor_and_no_further(desktop, window):
@@ -241,7 +238,7 @@ def test_whenever_the_program_is_killed_the_file_is_the_old_or_the_new_one(deskt
     store_actions(desktop, [action("Old", prompt=long)])
     before = stored_actions(desktop)
     seen = set()
-    for delay in (0, 0.001, 0.002, 0.004, 0.008, 0.016):
+    for delay in (0.001, 0.003, 0.006, 0.012):
         program = programs.start(desktop, service)
         window = ActionsWindow(program)
         editor = window.edit(0)
@@ -318,11 +315,14 @@ def ten(desktop, service, programs):
     return ActionsWindow(programs.start(desktop, service))
 
 
-@pytest.mark.parametrize("number", [3, 7], ids=["where a tile comes to be", "where Save comes to be"])
-def test_a_double_click_on_edit_only_opens_the_editor(desktop, ten, number):
-    desktop.display.click(*ten.place(ten.rows()[number].find("push button", "Edit")).centre, times=2)
-    editor = ten.wait_editor()
-    assert stays_false(lambda: ten.editor is None or editor.input != ["Text Selection"], 0.3)
+def test_a_double_click_on_edit_only_opens_the_editor(desktop, ten):
+    # Where a tile comes to be, and where Save does.
+    for number in (3, 7):
+        desktop.display.click(*ten.place(ten.rows()[number].find("push button", "Edit")).centre, times=2)
+        editor = ten.wait_editor()
+        assert stays_false(lambda: ten.editor is None or editor.input != ["Text Selection"], 0.3)
+        desktop.display.press("Escape")
+        ten.wait_editor_gone()
 
 
 def test_a_double_click_on_save_opens_nothing_that_is_below(desktop, ten):
@@ -339,22 +339,21 @@ def test_a_double_click_on_change_starts_the_recording(desktop, ten):
     assert stays_false(lambda: editor.hotkey != "Press keys...", 0.3)
 
 
-@pytest.mark.parametrize("tabs, opened", [(0, "editor"), (1, "editor"), (2, "question")],
-                         ids=["row", "Edit", "Delete"])
-def test_return_that_is_held_opens_and_no_more(desktop, ten, tabs, opened):
-    for _ in range(tabs):
+def test_return_that_is_held_opens_and_no_more(desktop, ten):
+    # On the row itself, on its Edit, and on its Delete.
+    for opened in ("editor", "editor", "question"):
+        desktop.display.key_down("Return")
+        try:
+            wait_until(lambda: ten.editor if opened == "editor" else ten.question.focused, f"the {opened}")
+            # Longer than it takes until keys repeat.
+            assert stays_false(lambda: (ten.editor is None) == (opened == "editor")
+                               or ten.question.shown != (opened == "question"), 1)
+        finally:
+            desktop.display.key_up("Return")
+        desktop.display.press("Escape")
+        ten.wait_focused()
+        ten.wait_editor_gone()
         desktop.display.press("Tab")
-    desktop.display.key_down("Return")
-    if opened == "editor":
-        ten.wait_editor()
-    else:
-        ten.question.wait_shown()
-    try:
-        # Longer than it takes until keys repeat.
-        assert stays_false(lambda: (ten.editor is None) == (opened == "editor")
-                           or ten.question.shown != (opened == "question"), 1)
-    finally:
-        desktop.display.key_up("Return")
 
 
 def test_escape_that_is_held_ends_one_thing(desktop, ten):

@@ -119,17 +119,17 @@ def test_with_two_monitors_the_window_is_where_the_user_works(service, programs)
 
 # -- moving and closing ----------------------------------------------------------------------------------------
 
-@pytest.mark.parametrize("grip", [(200, 20), (240, 380), (30, 480)], ids=["header", "below the list", "footer"])
-def test_the_window_is_moved_by_its_background(desktop, lumiwren, grip):
+def test_the_window_is_moved_by_its_background(desktop, lumiwren):
     window = ActionsWindow(lumiwren)
-    start = window.frame
-    held = (start.x + grip[0], start.y + grip[1])
-    desktop.display.drag(held, (held[0] - 77, held[1] + 101))
-    moved = Frame(start.x - 77, start.y + 101, WIDTH, HEIGHT)
-    wait_until(lambda: window.frame == moved, "the moved window")
-    # Let go, it stays.
-    desktop.display.move(held[0] + 50, held[1] + 50)
-    assert stays_false(lambda: window.frame != moved, 0.2)
+    for x, y in ((200, 20), (240, 380), (30, 480)):  # the header, below the list, the footer
+        start = window.frame
+        held = (start.x + x, start.y + y)
+        desktop.display.drag(held, (held[0] - 77, held[1] + 51))
+        moved = Frame(start.x - 77, start.y + 51, WIDTH, HEIGHT)
+        wait_until(lambda: window.frame == moved, "the moved window")
+        # Let go, it stays.
+        desktop.display.move(held[0] + 50, held[1] + 50)
+        assert stays_false(lambda: window.frame != moved, 0.1)
     window.press("Close")
     window.wait_gone()
     # The next one is at its place again.
@@ -167,12 +167,12 @@ CLOSING = {
 }
 
 
-@pytest.mark.parametrize("close", CLOSING.values(), ids=CLOSING)
-def test_the_window_is_closed_and_gives_the_keyboard_back(desktop, lumiwren, editor, close):
-    window = ActionsWindow(lumiwren)
-    close(window)
-    window.wait_gone()
-    wait_until(lambda: desktop.display.has_focus(editor.window), "the keyboard in the editor")
+def test_the_window_is_closed_and_gives_the_keyboard_back(desktop, lumiwren, editor):
+    for close in CLOSING.values():
+        window = ActionsWindow(lumiwren)
+        close(window)
+        window.wait_gone()
+        wait_until(lambda: desktop.display.has_focus(editor.window), "the keyboard in the editor")
     assert lumiwren.process.running()
 
 
@@ -300,19 +300,19 @@ KEEPING = {
 }
 
 
-@pytest.mark.parametrize("answer", KEEPING.values(), ids=KEEPING)
-def test_without_a_clear_yes_nothing_is_deleted(desktop, lumiwren, answer):
+def test_without_a_clear_yes_nothing_is_deleted(desktop, lumiwren):
     window = ActionsWindow(lumiwren)
     before = desktop.user_defaults().read_text()
-    desktop.display.press("Delete")
-    question = window.question.wait_shown().wait_focused()
-    answer(question)
-    question.wait_gone()
-    window.wait_focused()
-    window.wait_focus("list item", DEFAULTS[0])
-    assert window.names() == DEFAULTS
-    assert desktop.user_defaults().read_text() == before
-    # It can be asked again, and answered with the keyboard alone.
+    for way, answer in KEEPING.items():
+        desktop.display.press("Delete")
+        question = window.question.wait_shown().wait_focused()
+        answer(question)
+        question.wait_gone()
+        window.wait_focused()
+        window.wait_focus("list item", DEFAULTS[0])
+        assert window.names() == DEFAULTS, way
+        assert desktop.user_defaults().read_text() == before
+    # With the keyboard alone it takes two keys.
     desktop.display.press("Delete")
     question.wait_shown().wait_focused()
     desktop.display.press("Tab")

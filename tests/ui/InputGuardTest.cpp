@@ -84,6 +84,16 @@ TEST_F(InputGuardTest, TheSecondClickOfADoubleClickIsNotForAnotherControl) {
   EXPECT_EQ(seen.doubleClicks, 1);
 }
 
+TEST_F(InputGuardTest, ClicksWithAKeyBetweenThemAreClicks) {
+  ClicksSeen seen;
+  second->installEventFilter(&seen);
+  mouse(QEvent::MouseButtonPress);
+  mouse(QEvent::MouseButtonRelease);
+  key(QEvent::KeyRelease, Qt::Key_K, 1000);
+  mouse(QEvent::MouseButtonDblClick);
+  EXPECT_EQ(seen.doubleClicks, 1);
+}
+
 TEST_F(InputGuardTest, ReturnThatIsHeldDecidesOnce) {
   field->setFocus();
   key(QEvent::KeyPress, Qt::Key_Return, 1000);
