@@ -217,6 +217,22 @@ def test_the_hotkey_is_recorded_with_the_keyboard_alone(desktop, window):
     assert editor.hotkey == "⌥⇧K"
 
 
+def test_a_hotkey_that_is_not_recorded_types_nothing_over_what_is_selected(desktop, lumiwren, window):
+    editor = window.edit(0)
+    for field in (editor.prompt, editor.name):
+        before = field.text
+        editor.enter(field)
+        desktop.display.press("Control", "a")
+        lumiwren.press_hotkey("k")
+        desktop.display.press("Super", "Shift", "k")
+        lumiwren.press_hotkey("e")
+        # It runs its action all the same.
+        lumiwren.panel.wait_shown()
+        desktop.display.press("Escape")
+        lumiwren.panel.wait_gone()
+        assert field.text == before
+
+
 def test_keys_pressed_in_another_program_are_not_recorded(desktop, service, lumiwren, recording):
     editor = GtkEditor(desktop, "The selected text", place=(700, 520))
     editor.select_all("The selected text")
