@@ -40,6 +40,10 @@ def test_the_window_comes_to_the_front_and_stays_above_ordinary_windows(service,
         # The question is in front of the window, and the window gets the keyboard back.
         question = window.ask_to_delete(0)
         assert display.stacking(question.window) > display.stacking(window.window)
+        display.activate(full.window)
+        lumiwren.status_item.choose("Manage Actions...")
+        question.wait_focused()
+        assert display.stacking(question.window) > display.stacking(window.window)
         display.press("Escape")
         question.wait_gone()
         window.wait_focused()
@@ -113,6 +117,20 @@ def test_with_two_monitors_the_window_is_where_the_user_works(service, programs)
             window = ActionsWindow(lumiwren)
             assert window.frame == Frame(left, MARGIN, WIDTH, HEIGHT), (focused, pointer)
             desktop.display.press("Escape")
+            window.wait_gone()
+        assert lumiwren.terminate() == 0
+
+
+def test_at_another_scale_the_window_has_the_same_place_in_points(service, programs):
+    with Desktop(size=(1920, 1200)) as desktop:
+        lumiwren = programs.start(desktop, service, QT_SCALE_FACTOR="1.5")
+        for x, left in ((0, 15), (960, 600), (1919, 1920 - 15 - 720)):
+            desktop.display.move(x, 1000)
+            window = ActionsWindow(lumiwren)
+            assert window.frame == Frame(left, 15, 720, 750)
+            desktop.display.drag((left + 300, 40), (left + 240, 100))
+            wait_until(lambda: window.frame == Frame(left - 60, 75, 720, 750), "the moved window")
+            window.press("Done")
             window.wait_gone()
         assert lumiwren.terminate() == 0
 
