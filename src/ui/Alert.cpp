@@ -1,5 +1,6 @@
 #include "ui/Alert.h"
 
+#include "ui/AppIcon.h"
 #include "ui/InputGuard.h"
 #include "ui/Spacing.h"
 #include "ui/SymbolView.h"
@@ -34,6 +35,7 @@ Alert::Alert(const QString &message, const QString &informativeText, Activate ac
       activate_(std::move(activate)),
       buttons_(new QHBoxLayout) {
   setWindowTitle(QStringLiteral("Lumiwren"));
+  setWindowIcon(appIcon());
   setAccessibleName(message);
   setAccessibleDescription(informativeText);
   new InputGuard(*this);
