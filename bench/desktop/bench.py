@@ -244,6 +244,46 @@ def measure_capture_png():
     return results
 
 
+def measure_capture_text():
+    """From letting the button go to the request with the text, which the panel has been given before. The reference
+    reads the same picture."""
+    lines = ["The wren sings in the hedge at dawn,", "and nobody who walks along the river",
+             "has ever seen more of it than a tail.", "It weighs less than 12 grams."]
+    ours, theirs = [], []
+    with Desktop() as desktop, StandInService() as service:
+        # The caret stands on a line of its own.
+        editor = GtkEditor(desktop, "\n".join([*lines, "", ""]))
+        lumiwren = Lumiwren(desktop, service, accessible=False)
+        start, end = (editor.frame.x, editor.frame.y), (editor.frame.right - 1, editor.frame.bottom - 1)
+        for number in range(CAPTURE_ROUNDS + 1):
+            lumiwren.press_hotkey("s")
+            wait_until(lambda: desktop.display.windows_of_class("lumiwren-screencapture"), "the overlay")
+            desktop.display.move(*start)
+            desktop.display.button_down()
+            desktop.display.move(*end)
+            wait_until(lambda: quiet(desktop), "the rectangle to be drawn")
+            let_go = time.monotonic()
+            desktop.display.button_up()
+            request = service.wait_for_requests(number + 1)
+            ours.append((request.received_at - let_go) * 1000)
+            assert "\n".join(lines) in request.prompt, request.prompt
+            assert request.answered.wait(10)
+            lumiwren.panel.wait_shown()
+            desktop.display.press("Escape")
+            lumiwren.panel.wait_gone()
+            wait_until(lambda: quiet(desktop), "the program to be idle")
+        tool = Screencapture(desktop).wait_shown()
+        tool.drag(start, end)
+        tool.finish()
+        for _ in range(CAPTURE_ROUNDS):
+            began = time.monotonic()
+            subprocess.run(["tesseract", str(tool.path), "stdout"], check=True, capture_output=True,
+                           env={**os.environ, "OMP_THREAD_LIMIT": "1"})
+            theirs.append((time.monotonic() - began) * 1000)
+    # The first time the engine is loaded; by the time of the others it waits.
+    return [row("capture-text", "ms", ours[1:], 0.75, "tesseract with one thread, the same picture", theirs)]
+
+
 def cpu_time(pids):
     """Nanoseconds that the processes have run so far."""
     return sum(int(schedstat.read_text().split()[0]) for pid in pids
@@ -336,7 +376,7 @@ def measure_rest(rows):
 HERE = {"start": measure_start, "start-peer": measure_start, "hotkey-map": measure_hotkey,
         "hotkey-pixel": measure_hotkey, "menu": measure_menu, "press-to-wire": measure_wire, "memory-idle": measure_rest,
         "memory-used": measure_rest, "overlay": measure_overlay,
-        "capture-png": measure_capture_png, "capture-png-4k": measure_capture_png, "idle-wakeups": measure_rest,
+        "capture-text": measure_capture_text, "capture-png": measure_capture_png, "capture-png-4k": measure_capture_png, "idle-wakeups": measure_rest,
         "idle-cpu": measure_rest}
 
 

@@ -1,5 +1,7 @@
 #include "recognition/Specimens.h"
 
+#include "recognition/SpecimenKinds.h"
+
 #include <QStringList>
 
 #include <utility>
@@ -108,10 +110,6 @@ const std::vector<std::vector<QString>> stock{
 // -- how it looks
 // ----------------------------------------------------------------------------------------------
 
-struct Look {
-  QColor ground;
-  QColor ink;
-};
 const Look light{QColor(0xff, 0xff, 0xff), QColor(0x1a, 0x1a, 0x1a)};
 const Look grey{QColor(0xef, 0xf0, 0xf1), QColor(0x23, 0x26, 0x29)};
 const Look faint{QColor(0xff, 0xff, 0xff), QColor(0x8a, 0x8f, 0x94)};
@@ -137,73 +135,6 @@ const QString notoJapanese = QStringLiteral("Noto Sans CJK JP");
 // ---------------------------------------------------------------------------------------
 
 constexpr auto subpixel = SpecimenCanvas::Smoothing::Subpixel;
-
-using Draw = std::function<SpecimenCanvas()>;
-
-/// One paragraph of about sixty letters in a line.
-Draw paragraph(const QString &words, const QString &family, int size, const Look &look, int scale = 1,
-               SpecimenCanvas::Smoothing smoothing = SpecimenCanvas::Smoothing::Grey) {
-  return [=] {
-    SpecimenCanvas canvas(size * 34, size * 12, scale, look.ground);
-    canvas.setSmoothing(smoothing);
-    canvas.setFont(family, size);
-    canvas.setInk(look.ink);
-    canvas.paragraph(size, size, size * 32, words);
-    return canvas;
-  };
-}
-
-Draw lines(const QStringList &all, const QString &family, int size, const Look &look, int scale = 1,
-           SpecimenCanvas::Smoothing smoothing = SpecimenCanvas::Smoothing::Grey) {
-  return [=] {
-    SpecimenCanvas canvas(size * 34, size * 2 * static_cast<int>(all.size()), scale, look.ground);
-    canvas.setSmoothing(smoothing);
-    canvas.setFont(family, size);
-    canvas.setInk(look.ink);
-    int y = size / 2;
-    for (const auto &line : all) {
-      // Only the line's place shows how far it is indented.
-      const auto indent = line.size() - line.trimmed().size();
-      canvas.text(size + static_cast<int>(indent) * size * 6 / 10, y, line.trimmed());
-      y += canvas.lineHeight();
-    }
-    return canvas;
-  };
-}
-
-Draw table(const QString &family, int size, const Look &look, bool hasGrid) {
-  return [=] {
-    SpecimenCanvas canvas(size * 32, size * 2 * static_cast<int>(stock.size()) + size, 1, look.ground);
-    canvas.setInk(look.ink);
-    const std::vector<int> xs{size, size * 13, size * 20, size * 26};
-    int y = size / 2;
-    for (const auto &row : stock) {
-      canvas.setFont(family, size, y < size ? QFont::Bold : QFont::Normal);
-      canvas.row(xs, y, row);
-      if (hasGrid) {
-        canvas.fill(0, y + size * 7 / 4 - size / 4, size * 32, 1, QColor(0x90, 0x90, 0x90));
-      }
-      y += size * 2;
-    }
-    for (const int x : xs) {
-      if (hasGrid) {
-        canvas.fill(x - size / 2, 0, 1, size * 2 * static_cast<int>(stock.size()), QColor(0x90, 0x90, 0x90));
-      }
-    }
-    return canvas;
-  };
-}
-
-Draw columns(const QString &family, int size, const Look &look) {
-  return [=] {
-    SpecimenCanvas canvas(size * 50, size * 18, 1, look.ground);
-    canvas.setFont(family, size);
-    canvas.setInk(look.ink);
-    canvas.paragraph(size, size, size * 22, physics);
-    canvas.paragraph(size * 27, size, size * 22, garden);
-    return canvas;
-  };
-}
 
 Draw dialog(const QString &family, int size, bool isDark) {
   return [=] {
@@ -373,7 +304,7 @@ std::vector<Specimen> specimens() {
       {"11-liberationserif-dark", "11 px", "eng", paragraph(release, liberationSerif, 11, dark)},
       {"11-mono-python-light", "11 px", "eng", lines(python, dejavuMono, 11, light)},
       {"11-mono-cpp-dark", "11 px", "eng", lines(cpp, dejavuMono, 11, dark)},
-      {"11-table-light", "11 px", "eng", table(noto, 11, light, false)},
+      {"11-table-light", "11 px", "eng", table(stock, noto, 11, light, false)},
       {"11-lcd-dejavu-light", "11 px", "eng", paragraph(physics, dejavu, 11, light, 1, subpixel)},
       {"11-german-noto-light", "11 px", "deu", paragraph(german, noto, 11, light)},
       // Running text as most of it is.
@@ -398,10 +329,10 @@ std::vector<Specimen> specimens() {
       {"13-terminal", "code", "eng", terminal(dejavuMono, 13)},
       {"12-terminal-liberation", "code", "eng", terminal(liberationMono, 12)},
       // Layouts.
-      {"13-table-grid", "layout", "eng", table(noto, 13, light, true)},
-      {"13-table-dark", "layout", "eng", table(dejavu, 13, dark, false)},
-      {"13-columns-light", "layout", "eng", columns(noto, 13, light)},
-      {"12-columns-serif-dark", "layout", "eng", columns(notoSerif, 12, dark)},
+      {"13-table-grid", "layout", "eng", table(stock, noto, 13, light, true)},
+      {"13-table-dark", "layout", "eng", table(stock, dejavu, 13, dark, false)},
+      {"13-columns-light", "layout", "eng", columns(physics, garden, noto, 13, light)},
+      {"12-columns-serif-dark", "layout", "eng", columns(physics, garden, notoSerif, 12, dark)},
       {"13-dialog-light", "layout", "eng", dialog(noto, 13, false)},
       {"13-dialog-dark", "layout", "eng", dialog(dejavu, 12, true)},
       {"13-mixed-page", "layout", "eng", mixedPage(noto, 13)},

@@ -16,7 +16,9 @@ struct Specimen {
   std::function<SpecimenCanvas()> draw;
 };
 
-/// The whole set: the same pictures on every machine that has the same fonts.
+/// The set that recognition was made with: the same pictures on every machine that has the same fonts.
 std::vector<Specimen> specimens();
+/// Pictures with other texts, fonts and colours, that nothing was ever adjusted to.
+std::vector<Specimen> heldOutSpecimens();
 
 }  // namespace lumiwren::bench

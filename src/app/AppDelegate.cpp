@@ -3,7 +3,13 @@
 #include "app/StatusMenu.h"
 #include "ui/Alert.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
 #include <chrono>
+#include <string>
 #include <utility>
 
 namespace lumiwren {
@@ -59,6 +65,43 @@ void AppDelegate::showPopover(QPoint anchor) {
   menuBarView_->prepare();
   checkAPIKey([this](bool hasKey) { menuBarView_->setHasAPIKey(hasKey); });
   popover_->showAt(anchor);
+}
+
+std::function<void()> AppDelegate::actionNamed(const QString &nameOrIdentifier) {
+  const auto &actions = services_.actions.actions();
+  const std::string name = nameOrIdentifier.toStdString();
+  auto found = actions.end();
+  if (const auto id = UUID::parse(name)) {
+    found =
+        std::find_if(actions.begin(), actions.end(), [&](const auto &action) { return action.id == *id; });
+  }
+  if (found == actions.end()) {
+    found =
+        std::find_if(actions.begin(), actions.end(), [&](const auto &action) { return action.name == name; });
+  }
+  if (found == actions.end()) {
+    return {};
+  }
+  return [weak = anchor_.weak(), action = *found] {
+    if (auto *const self = weak.get()) {
+      self->dispatch_.dispatchAction(action);
+    }
+  };
+}
+
+QString AppDelegate::actionList() const {
+  QJsonArray list;
+  for (const CustomAction &action : services_.actions.actions()) {
+    const auto inputType = CustomAction::rawValue(action.inputType);
+    list.append(QJsonObject{
+        {QStringLiteral("id"), QString::fromStdString(action.id.toString())},
+        {QStringLiteral("hotkey"), QString::fromStdString(action.hotkey.displayString())},
+        {QStringLiteral("name"), QString::fromStdString(action.name)},
+        {QStringLiteral("inputType"),
+         QString::fromUtf8(inputType.data(), static_cast<qsizetype>(inputType.size()))},
+    });
+  }
+  return QString::fromUtf8(QJsonDocument(list).toJson(QJsonDocument::Compact));
 }
 
 void AppDelegate::setupMenuBar() {

@@ -9,6 +9,7 @@
 
 #include <QDBusConnection>
 #include <QPoint>
+#include <QString>
 
 #include <functional>
 #include <memory>
@@ -43,6 +44,12 @@ public:
   /// Shows or closes the menu; `anchor` is where the status item is, on Qt's desktop.
   void togglePopover(QPoint anchor);
   void showPopover(QPoint anchor);
+
+  /// What does the same as the hotkey of the first action of that identifier, or else of that name; empty
+  /// when there is none.
+  std::function<void()> actionNamed(const QString &nameOrIdentifier);
+  /// A JSON list of objects with "id", "hotkey", "name" and "inputType".
+  QString actionList() const;
 
 private:
   void setupMenuBar();

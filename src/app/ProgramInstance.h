@@ -1,41 +1,58 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
-#include <QVariantMap>
 
 #include <functional>
 
 namespace lumiwren {
 
 /// The program in its session, where it is one at a time: who has its name on the session bus. Others reach
-/// it there, by the interface org.freedesktop.Application, whose methods the public slots are. Main thread.
+/// it there, by the interfaces org.freedesktop.Application and com.lumiwren.Control, and can have it do what
+/// its user could do. Nobody can read there what it knows of keys and answers. Main thread.
 class ProgramInstance : public QObject {
   Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
-  /// The program's name on the bus, and the path that belongs to it.
+  /// The program's name on the bus, the path that belongs to it, and the interface of its own commands.
   static constexpr char name[] = "com.lumiwren.app";
   static constexpr char path[] = "/com/lumiwren/app";
+  static constexpr char controlInterface[] = "com.lumiwren.Control";
 
-  /// Asks the bus for the name. `onActivate` is called when the program is started again.
-  ProgramInstance(const QDBusConnection &bus, std::function<void()> onActivate);
+  /// What others can ask for.
+  struct Operations {
+    std::function<void()> showMenu;
+    std::function<void()> showSettings;
+    std::function<void()> quit;
+    /// What runs the first action of that identifier, or else of that name; empty when there is none.
+    std::function<std::function<void()>(const QString &)> actionNamed;
+    /// The actions, as a JSON list of objects with "id", "hotkey", "name" and "inputType".
+    std::function<QString()> actions;
+  };
 
-  /// False when another process has the name. Without a bus there is nobody to ask, and so no other.
-  bool isFirst() const { return isFirst_; }
-  /// Has the process that has the name do what starting it again means. False when it does not answer in
-  /// time.
-  bool activateFirst() const;
+  explicit ProgramInstance(const QDBusConnection &bus);
 
-public Q_SLOTS:
-  void Activate(const QVariantMap &platformData);
+  /// Asks the bus for the name. False when another process has it. Without a bus there is nobody to ask, and
+  /// so no other.
+  bool claim();
+  /// From now on calls are answered; those that have come before were waiting for it.
+  void serve(Operations operations);
+  /// Gives the name up, so that the next start of the program is not one too many.
+  void resign();
 
 private:
+  class FreedesktopApplication;
+  class ControlInterface;
+
+  /// Has something done in a later turn of the event loop: the caller does not wait for what is shown.
+  void later(const std::function<void()> &operation);
+  void runAction(const QString &nameOrIdentifier, const QDBusMessage &message);
+  void refuse(const QDBusMessage &message, const QString &error, const QString &text);
+
   QDBusConnection bus_;
-  const std::function<void()> onActivate_;
-  bool isFirst_ = true;
+  Operations operations_;
 };
 
 }  // namespace lumiwren

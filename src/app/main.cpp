@@ -1,6 +1,9 @@
 #include "app/AppDelegate.h"
 #include "app/AppearanceController.h"
+#include "app/CommandLine.h"
+#include "app/Commands.h"
 #include "app/ProgramInstance.h"
+#include "app/RunningProgram.h"
 #include "app/SetAPIKey.h"
 #include "app/TerminationSignals.h"
 #include "platform/linux/session/LinuxPlatform.h"
@@ -20,8 +23,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 
 namespace {
@@ -29,12 +33,6 @@ namespace {
 using namespace lumiwren;
 
 constexpr std::chrono::milliseconds quitLimit{1000};
-
-constexpr char usage[] =
-    "usage: lumiwren                  start the program\n"
-    "       lumiwren --set-api-key    store the API key that is read from standard input in the keyring\n"
-    "       lumiwren --version\n"
-    "       lumiwren --help\n";
 
 /// Qt's own log of the accessibility tree prints names and typed text; nothing switches it on in this
 /// program.
@@ -50,24 +48,38 @@ void keepTextOutOfLogs() {
   });
 }
 
+/// Ends the process as it is: some thread may still be at work.
+[[noreturn]] void leave(int status) {
+  std::fflush(nullptr);
+  std::_Exit(status);
+}
+
 /// Ends the process, after everything that may still use what is destroyed here has ended.
 int ended(MainQueue &mainQueue, int status) {
   mainQueue.close();
   if (!Task::endAll(quitLimit)) {
-    // A task is held up inside a library.
-    std::fflush(nullptr);
-    std::_Exit(status);
+    leave(status);  // A task is held up inside a library.
   }
   return status;
 }
 
-/// The program that is running already shows its menu.
-int activateRunningProgram(const ProgramInstance &instance) {
-  if (!instance.activateFirst()) {
-    std::fputs("lumiwren: it is running already, but does not answer\n", stderr);
-    return EXIT_FAILURE;
+/// Makes this the session's one program. Otherwise the exit status: the one that runs already has been asked
+/// for its menu, or does not answer.
+std::optional<int> exitStatusUnlessFirst(ProgramInstance &instance, const QDBusConnection &bus) {
+  while (!instance.claim()) {
+    switch (RunningProgram(bus).activate().outcome) {
+      case RunningProgram::Outcome::Done:
+        return EXIT_SUCCESS;
+      case RunningProgram::Outcome::Gone:
+      case RunningProgram::Outcome::NotRunning:
+        continue;  // It was about to end.
+      case RunningProgram::Outcome::Refused:
+      case RunningProgram::Outcome::Silent:
+        std::fputs("lumiwren: it is running already, but does not answer\n", stderr);
+        return EXIT_FAILURE;
+    }
   }
-  return EXIT_SUCCESS;
+  return std::nullopt;
 }
 
 int runApplication(int argc, char **argv) {
@@ -76,14 +88,13 @@ int runApplication(int argc, char **argv) {
   keepTextOutOfLogs();
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("lumiwren"));
-  QApplication::setDesktopFileName(QStringLiteral("lumiwren"));
+  QApplication::setDesktopFileName(QLatin1String(ProgramInstance::name));
   QApplication::setQuitOnLastWindowClosed(false);
 
   const auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("lumiwren"));
-  std::function<void()> openMenu = [] {};
-  const ProgramInstance instance(bus, [&openMenu] { openMenu(); });
-  if (!instance.isFirst()) {
-    return activateRunningProgram(instance);
+  ProgramInstance instance(bus);
+  if (const auto status = exitStatusUnlessFirst(instance, bus)) {
+    leave(*status);
   }
 
   MainQueue mainQueue;
@@ -119,12 +130,17 @@ int runApplication(int argc, char **argv) {
                         .showAbout = [&] { about.showWindow(); },
                         .showFirstLaunchWindow = [&] { welcome.showWindow(); }},
                        [] { QApplication::quit(); });
-  openMenu = [&delegate] { delegate.showPopover(QCursor::pos()); };
+  instance.serve({.showMenu = [&] { delegate.showPopover(QCursor::pos()); },
+                  .showSettings = [&] { actionsSettings.showWindow(); },
+                  .quit = [] { QApplication::quit(); },
+                  .actionNamed = [&](const QString &name) { return delegate.actionNamed(name); },
+                  .actions = [&] { return delegate.actionList(); }});
 
   delegate.applicationDidFinishLaunching();
   // After everything that is waited for: there is no window yet.
   const AppearanceController appearance(platform->desktopAppearance());
   const int status = QApplication::exec();
+  instance.resign();
   delegate.applicationWillTerminate();
   return ended(mainQueue, status);
 }
@@ -132,24 +148,27 @@ int runApplication(int argc, char **argv) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  const std::string_view option = argc > 1 ? argv[1] : "";
+  const auto commandLine = CommandLine::parse(
+      std::span<const char *const>(argv, static_cast<std::size_t>(argc)).subspan(argc > 0));
   try {
-    if (option == "--set-api-key" && argc == 2) {
-      return setAPIKey();
+    switch (commandLine.command) {
+      case CommandLine::Command::Start:
+        return runApplication(argc, argv);
+      case CommandLine::Command::SetAPIKey:
+        return setAPIKey();
+      case CommandLine::Command::Version:
+        std::puts("lumiwren " LUMIWREN_VERSION);
+        return EXIT_SUCCESS;
+      case CommandLine::Command::Help:
+        std::fputs(CommandLine::usage(), stdout);
+        return EXIT_SUCCESS;
+      case CommandLine::Command::Unknown:
+        std::fputs(CommandLine::usage(), stderr);
+        return 2;
+      default:
+        // The toolkit's thread for the bus uses what an orderly end destroys.
+        leave(askRunningProgram(commandLine));
     }
-    if (option == "--version" && argc == 2) {
-      std::puts("lumiwren " LUMIWREN_VERSION);
-      return EXIT_SUCCESS;
-    }
-    if (option == "--help" && argc == 2) {
-      std::fputs(usage, stdout);
-      return EXIT_SUCCESS;
-    }
-    if (argc > 1) {
-      std::fputs(usage, stderr);
-      return 2;
-    }
-    return runApplication(argc, argv);
   } catch (const std::exception &error) {
     std::fprintf(stderr, "lumiwren: %s\n", error.what());
     return EXIT_FAILURE;

@@ -2,6 +2,7 @@
 
 #include "popup/KeyablePanel.h"
 #include "ui/Fonts.h"
+#include "ui/HotkeyPress.h"
 #include "ui/Palette.h"
 
 #include <QEvent>
@@ -82,6 +83,10 @@ void ActivatingTextField::keyPressEvent(QKeyEvent *event) {
   }
   if (event->matches(QKeySequence::Copy) && !hasSelectedText()) {
     Q_EMIT copyElsewhere();
+    return;
+  }
+  if (isHotkeyPress(*event)) {
+    event->ignore();
     return;
   }
   QLineEdit::keyPressEvent(event);

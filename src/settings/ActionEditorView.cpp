@@ -18,6 +18,7 @@
 #include <QTextDocument>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -47,6 +48,20 @@ std::string typedText(const QTextDocument &document) {
   text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
   text.replace(QChar::LineSeparator, QLatin1Char('\n'));
   return text.toStdString();
+}
+
+/// What is pasted can have several lines; a name has one.
+void keepOnOneLine(QLineEdit &field, QString text) {
+  const auto endsLine = [](QChar character) {
+    return character == QLatin1Char('\n') || character == QLatin1Char('\r') ||
+           character == QChar::LineSeparator || character == QChar::ParagraphSeparator;
+  };
+  if (std::any_of(text.cbegin(), text.cend(), endsLine)) {
+    const int cursor = field.cursorPosition();
+    std::replace_if(text.begin(), text.end(), endsLine, QLatin1Char(' '));
+    field.setText(text);
+    field.setCursorPosition(cursor);
+  }
 }
 
 }  // namespace
@@ -82,6 +97,8 @@ void ActionEditorView::addNameField(QBoxLayout &column) {
   nameField_->setMaxLength(std::numeric_limits<int>::max());  // What is stored is kept, however long it is.
   nameField_->setPlaceholderText(QStringLiteral("Action name"));
   nameField_->setText(action_ ? QString::fromStdString(action_->name) : QString());
+  connect(nameField_, &TextField::textEdited, this,
+          [this](const QString &text) { keepOnOneLine(*nameField_, text); });
   addField(column, QStringLiteral("Name")).addWidget(nameField_);
 }
 

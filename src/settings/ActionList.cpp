@@ -57,6 +57,7 @@ void ActionList::setActions(const std::vector<CustomAction> &actions) {
     if (!rows_[index]) {
       rows_[index] = makeRow(actions[index]);
     }
+    rows_[index]->raise();  // Assistive technology reads them from the lowest to the highest.
   }
   arrange();
   const auto kept = std::find(rows_.begin(), rows_.end(), used);

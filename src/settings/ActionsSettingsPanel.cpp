@@ -1,16 +1,15 @@
 #include "settings/ActionsSettingsPanel.h"
 
 #include "ui/Fonts.h"
+#include "ui/InputGuard.h"
 #include "ui/Palette.h"
 #include "ui/PixelGrid.h"
 
-#include <QApplication>
 #include <QCloseEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
 #include <QVBoxLayout>
-#include <QWindow>
 
 #include <utility>
 
@@ -34,6 +33,7 @@ ActionsSettingsPanel::ActionsSettingsPanel(PanelWindows &panelWindows, std::uniq
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(QStringLiteral("Actions"));
   setAccessibleName(windowTitle());
+  new InputGuard(*this);
   auto *const layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(contentView.release());
@@ -60,19 +60,26 @@ void ActionsSettingsPanel::closeEvent(QCloseEvent *event) {
 }
 
 void ActionsSettingsPanel::mousePressEvent(QMouseEvent *event) {
-  pressed_ = event->button() == Qt::LeftButton ? std::optional(event->position()) : std::nullopt;
-}
-
-void ActionsSettingsPanel::mouseMoveEvent(QMouseEvent *event) {
-  // Not with the press: the window manager takes the pointer, and what was only a click would not end.
-  if (pressed_ && (event->position() - *pressed_).manhattanLength() >= QApplication::startDragDistance()) {
-    pressed_.reset();
-    windowHandle()->startSystemMove();
+  if (event->button() == Qt::LeftButton) {
+    grip_ = Grip{event->globalPosition(), pos()};
   }
 }
 
-void ActionsSettingsPanel::mouseReleaseEvent(QMouseEvent * /*event*/) {
-  pressed_.reset();
+void ActionsSettingsPanel::mouseMoveEvent(QMouseEvent *event) {
+  // Not left to the window manager: some miss a release that comes before they are asked, and the window then
+  // stays at the pointer.
+  if (!event->buttons().testFlag(Qt::LeftButton)) {
+    grip_.reset();  // The release went to somebody else.
+  }
+  if (grip_) {
+    move(grip_->window + (event->globalPosition() - grip_->pointer).toPoint());
+  }
+}
+
+void ActionsSettingsPanel::mouseReleaseEvent(QMouseEvent *event) {
+  if (event->button() == Qt::LeftButton) {
+    grip_.reset();
+  }
 }
 
 void ActionsSettingsPanel::paintEvent(QPaintEvent * /*event*/) {

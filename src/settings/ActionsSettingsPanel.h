@@ -3,6 +3,7 @@
 #include "base/Handle.h"
 #include "platform/PanelWindows.h"
 
+#include <QPoint>
 #include <QPointF>
 #include <QWidget>
 
@@ -38,7 +39,11 @@ private:
 
   PanelWindows &panelWindows_;
   const std::function<void()> onClose_;
-  std::optional<QPointF> pressed_;  // where the pointer took hold of the window
+  struct Grip {
+    QPointF pointer;
+    QPoint window;
+  };
+  std::optional<Grip> grip_;  // where both were when the pointer took hold of the window
   Handle compositor_;
 };
 

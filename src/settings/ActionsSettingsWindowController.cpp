@@ -4,12 +4,19 @@
 #include "settings/ActionsSettingsView.h"
 #include "ui/DesktopGeometry.h"
 
+#include <QWidget>
+
 #include <algorithm>
 
 namespace lumiwren {
 namespace {
 
 constexpr double screenMargin = 10;
+
+void bringToFront(ApplicationWindows &windows, const QWidget &window) {
+  windows.setFloating(window.winId());
+  windows.activate(window.winId());
+}
 
 }  // namespace
 
@@ -35,8 +42,7 @@ void ActionsSettingsWindowController::showWindow() {
   }
   panel_->raise();
   panel_->show();
-  applicationWindows_.setFloating(panel_->winId());
-  applicationWindows_.activate(panel_->winId());
+  bringToFront(applicationWindows_, *panel_);
 }
 
 void ActionsSettingsWindowController::makePanel() {
@@ -47,7 +53,7 @@ void ActionsSettingsWindowController::makePanel() {
   };
   auto view = std::make_unique<ActionsSettingsView>(
       actionManager_, eventMonitors_, mainQueue_,
-      [&windows = applicationWindows_](QWidget &alert) { windows.activate(alert.winId()); }, close);
+      [&windows = applicationWindows_](QWidget &window) { bringToFront(windows, window); }, close);
   panel_.reset(new ActionsSettingsPanel(panelWindows_, std::move(view), close));
   if (const auto frame = screens_.mainScreenVisibleFrame()) {
     const Size size{static_cast<double>(panel_->width()), static_cast<double>(panel_->height())};

@@ -2,6 +2,7 @@
 
 #include "ui/AppIcon.h"
 #include "ui/Fonts.h"
+#include "ui/InputGuard.h"
 
 #include <QCursor>
 #include <QEvent>
@@ -27,6 +28,7 @@ FormWindow::FormWindow(const QString &title, std::unique_ptr<QWidget> content, i
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSizeConstraint(QLayout::SetFixedSize);
   layout->addWidget(content_);
+  new InputGuard(*this);
   adaptHeight();
 }
 

@@ -1,5 +1,7 @@
 #include "ui/Alert.h"
 
+#include "ui/AppIcon.h"
+#include "ui/InputGuard.h"
 #include "ui/Spacing.h"
 #include "ui/SymbolView.h"
 #include "ui/TextLabel.h"
@@ -33,8 +35,10 @@ Alert::Alert(const QString &message, const QString &informativeText, Activate ac
       activate_(std::move(activate)),
       buttons_(new QHBoxLayout) {
   setWindowTitle(QStringLiteral("Lumiwren"));
+  setWindowIcon(appIcon());
   setAccessibleName(message);
   setAccessibleDescription(informativeText);
+  new InputGuard(*this);
   auto *const texts = new QVBoxLayout;
   texts->setSpacing(textSpacing);
   addText(*texts, message, TextStyle::Headline, &SemanticColors::primary);
@@ -83,7 +87,12 @@ void Alert::prepare() {
 }
 
 void Alert::answer(int index) {
+  const bool hadKeyboard = isActiveWindow();
   done(index);
+  // Not every window manager gives the keyboard back to the window that has asked.
+  if (QWidget *const parent = parentWidget(); hadKeyboard && parent && parent->window()->isVisible()) {
+    activate_(*parent->window());
+  }
 }
 
 int Alert::run() {

@@ -19,7 +19,8 @@ public:
   /// What a button is for. Return presses the default, Escape and the window's close button mean Cancel.
   /// Where there is no default, Return presses Cancel: nothing is destroyed by it.
   enum class Role { Default, Cancel, Destructive };
-  /// Brings the shown window to the front and gives it the keyboard.
+  /// Brings a shown window to the front and gives it the keyboard: the alert, and after the answer the window
+  /// of its parent.
   using Activate = std::function<void(QWidget &)>;
 
   /// The texts are plain, whatever is in them.

@@ -99,6 +99,7 @@ void SheetHost::present(std::unique_ptr<QWidget> content) {
     previousFocus_ = window()->focusWidget();
   }
   leaving_ = {};
+  setAttribute(Qt::WA_TransparentForMouseEvents, false);
   sheet_ = new Sheet(std::move(content), this);
   arrange();
   raise();
@@ -123,6 +124,7 @@ void SheetHost::dismiss() {
   } else if (auto *const focused = window()->focusWidget(); ended->isAncestorOf(focused)) {
     focused->clearFocus();
   }
+  setAttribute(Qt::WA_TransparentForMouseEvents);  // What slides out is in nobody's way.
   slide(0);
 }
 

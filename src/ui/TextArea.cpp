@@ -1,10 +1,12 @@
 #include "ui/TextArea.h"
 
 #include "ui/FieldLook.h"
+#include "ui/HotkeyPress.h"
 #include "ui/TextStyle.h"
 #include "ui/ThinScrollBar.h"
 
 #include <QEvent>
+#include <QKeyEvent>
 #include <QPainter>
 
 namespace lumiwren {
@@ -54,6 +56,14 @@ void TextArea::focusInEvent(QFocusEvent *event) {
 void TextArea::focusOutEvent(QFocusEvent *event) {
   QPlainTextEdit::focusOutEvent(event);
   update();
+}
+
+void TextArea::keyPressEvent(QKeyEvent *event) {
+  if (isHotkeyPress(*event)) {
+    event->ignore();
+  } else {
+    QPlainTextEdit::keyPressEvent(event);
+  }
 }
 
 }  // namespace lumiwren

@@ -18,6 +18,7 @@ protected:
   bool event(QEvent *event) override;
   void focusInEvent(QFocusEvent *event) override;
   void focusOutEvent(QFocusEvent *event) override;
+  void keyPressEvent(QKeyEvent *event) override;
 };
 
 }  // namespace lumiwren

@@ -2,6 +2,7 @@
 
 #include "ui/FieldLook.h"
 #include "ui/Fonts.h"
+#include "ui/HotkeyPress.h"
 #include "ui/Spacing.h"
 
 #include <QCoreApplication>
@@ -96,6 +97,10 @@ void TextField::inputMethodEvent(QInputMethodEvent *event) {
 void TextField::keyPressEvent(QKeyEvent *event) {
   if (isComposing_ && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
     return;  // It ends the composing, and is not meant for the window.
+  }
+  if (isHotkeyPress(*event)) {
+    event->ignore();
+    return;
   }
   QLineEdit::keyPressEvent(event);
 }

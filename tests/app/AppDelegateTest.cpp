@@ -322,6 +322,38 @@ TEST_F(AppDelegateTest, AWindowOpensATenthOfASecondAfterTheMenuHasClosed) {
   }
 }
 
+TEST_F(AppDelegateTest, AnActionIsFoundByItsIdentifierOrElseByItsName) {
+  launch();
+  EXPECT_TRUE(delegate->actionNamed(QStringLiteral("Translate to English")));
+  EXPECT_TRUE(
+      delegate->actionNamed(QString::fromStdString(CustomAction::translateID().toString()).toLower()));
+  EXPECT_FALSE(delegate->actionNamed(QStringLiteral("translate to english")));
+  EXPECT_FALSE(delegate->actionNamed(QStringLiteral("00000000-0000-4000-8000-000000000000")));
+  EXPECT_FALSE(delegate->actionNamed(QString()));
+  // A name may look like an identifier.
+  actions.addAction({.id = UUID::random(),
+                     .name = "00000000-0000-4000-8000-000000000000",
+                     .hotkey = {},
+                     .prompt = "{text}"});
+  EXPECT_TRUE(delegate->actionNamed(QStringLiteral("00000000-0000-4000-8000-000000000000")));
+}
+
+TEST_F(AppDelegateTest, ANamedActionRunsAsItsHotkeyDoes) {
+  launch();
+  platform.httpClient().expect(200);
+  delegate->actionNamed(QStringLiteral("Explain Selected Text"))();
+  runUntil([this] { return popup.panel() != nullptr; });
+}
+
+TEST_F(AppDelegateTest, TheListOfActionsSaysNothingOfTheirPrompts) {
+  launch();
+  const QString list = delegate->actionList();
+  EXPECT_TRUE(list.startsWith(QStringLiteral("[{\"hotkey\":\"⌥⇧E\",\"id\":\"")));
+  EXPECT_TRUE(list.contains(QStringLiteral("\"name\":\"Translate to English\"")));
+  EXPECT_TRUE(list.contains(QStringLiteral("\"inputType\":\"Screen Capture (OCR)\"")));
+  EXPECT_FALSE(list.contains(QStringLiteral("{text}")));
+}
+
 TEST_F(AppDelegateTest, QuitEndsTheProgram) {
   launch();
   openMenu();

@@ -194,3 +194,13 @@ def test_typing_goes_on_after_the_answer_without_another_click(desktop, service,
     panel.wait_enabled()
     desktop.display.type("and")
     wait_typed(panel, "and")
+
+
+def test_a_hotkey_types_nothing_into_the_field(desktop, service, lumiwren, editor):
+    panel = first_answer(lumiwren)
+    take_keyboard(panel)
+    desktop.display.type("ab")
+    wait_typed(panel, "ab")
+    desktop.display.press("Alt", "Shift", "k")
+    desktop.display.type("c")
+    wait_typed(panel, "abc")

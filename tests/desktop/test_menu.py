@@ -1,23 +1,11 @@
 """The menu of the status item: what it lists, how it is worked, and what it opens."""
 
-import json
-
 import pytest
 from lab import WINDOW_MANAGERS, Desktop, GtkEditor, stays_false, wait_until
+from lab.actions_window import action, store_actions
 
 SETTINGS = ["Manage Actions...", "Set API Key...", "Launch at Login", "Check for Updates...", "About Lumiwren", "Quit"]
 DEFAULTS = ["Explain Selected Text", "Explain Screen Region", "Translate to English"]
-
-
-def store(desktop, actions):
-    desktop.user_defaults().write_text(json.dumps(
-        {"customActions": json.dumps(actions), "hasInitializedDefaultActions": True,
-         "hasUpdatedDefaultPrompts_v1.4": True, "hasLaunchedBefore": True}))
-
-
-def action(name, number=0):
-    return {"id": f"A0B0C0D0-0000-4000-8000-{number:012}", "name": name, "prompt": "{text}", "isDefault": False,
-            "hotkey": {"keyCode": 14, "modifiers": 0xA0000}, "inputType": "Text Selection"}
 
 
 def entries(menu):
@@ -45,7 +33,7 @@ def test_the_actions_then_settings_and_commands_then_quit(desktop, service, lumi
 
 
 def test_without_actions_an_entry_says_so(desktop, service, programs):
-    store(desktop, [])
+    store_actions(desktop, [])
     menu = programs.start(desktop, service).open_menu()
     menu.wait_focused()
     assert [name for name, _ in entries(menu)] == ["No actions configured"] + SETTINGS
@@ -190,7 +178,7 @@ HOSTILE = ["<b>bold</b><img src='http://127.0.0.1:1/x.png'>", "Fish & Chips", "&
 
 def test_two_hundred_actions_scroll_and_their_names_are_only_names(desktop, service, programs):
     names = [f"Action {number}" for number in range(200 - len(HOSTILE))]
-    store(desktop, [action(name, number) for number, name in enumerate(HOSTILE + names)])
+    store_actions(desktop, [action(name) for name in HOSTILE + names])
     lumiwren = programs.start(desktop, service)
     desktop.display.move(1200, 400)
     menu = lumiwren.open_menu(640, 4)

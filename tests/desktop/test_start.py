@@ -8,6 +8,7 @@ from lab import Desktop, program, stays_false, wait_until
 from lab.program import Lumiwren
 
 ACCESSIBILITY = "Accessibility Permission Required"
+SCREEN_RECORDING = "Screen Recording Permission Required"
 
 
 def start_again(desktop, **environment):
@@ -148,4 +149,25 @@ def test_without_the_means_to_post_keys_an_alert_says_what_is_missing(service, p
         assert not lumiwren.panel.shows("Getting text...")
         desktop.display.press("Return")
         alert.wait_gone()
+        assert lumiwren.terminate() == 0
+
+
+def test_without_a_screen_to_see_an_alert_says_what_is_missing(service, programs):
+    with Desktop(shows_screen=False) as desktop:
+        lumiwren = programs.start(desktop, service)
+        lumiwren.choose("Explain Screen Region")
+        alert = lumiwren.alert(SCREEN_RECORDING).wait_shown().wait_focused()
+        alert.wait_for("Lumiwren needs screen recording permission to capture screen regions for OCR. Please grant "
+                       "access in System Settings > Privacy & Security > Screen Recording.")
+        desktop.display.press("Escape")  # As "Later" does.
+        alert.wait_gone()
+        lumiwren.choose("Explain Screen Region")
+        alert.wait_shown().wait_focused()
+        desktop.display.press("Return")
+        # This desktop has no settings program to open.
+        advice = lumiwren.alert("No System Settings Found").wait_shown()
+        wait_until(lambda: advice.shows("X11 sessions"), "what to do instead")
+        assert advice.focused
+        desktop.display.press("Return")
+        advice.wait_gone()
         assert lumiwren.terminate() == 0

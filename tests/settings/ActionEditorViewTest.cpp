@@ -189,6 +189,23 @@ TEST_F(ActionEditorViewTest, ANameOfAnyLengthIsKept) {
   EXPECT_EQ(saved.at(0).name.size(), 100'000U);
 }
 
+TEST_F(ActionEditorViewTest, WhatIsPastedIntoTheNameStaysOnOneLine) {
+  open();
+  nameField().setText(QStringLiteral("ad"));
+  nameField().setCursorPosition(1);
+  nameField().insert(QStringLiteral("b\r\nc"));
+  EXPECT_EQ(nameField().text(), QStringLiteral("ab  cd"));
+  EXPECT_EQ(nameField().cursorPosition(), 5);
+}
+
+TEST_F(ActionEditorViewTest, ANameThatIsNotChangedKeepsItsLines) {
+  auto action = CustomAction::defaultTranslate();
+  action.name = "One\ntwo";
+  open(action);
+  save().click();
+  EXPECT_EQ(saved.at(0).name, "One\ntwo");
+}
+
 TEST_F(ActionEditorViewTest, TheHotkeyIsNotCheckedAgainstOtherActions) {
   manager.addAction(action("other"));
   open();

@@ -119,6 +119,18 @@ TEST_F(ActionsSettingsViewTest, AfterDeletingADefaultItCanBeRestoredOnce) {
   EXPECT_TRUE(buttons(panel(), "Restore Defaults").empty());
 }
 
+TEST_F(ActionsSettingsViewTest, AssistiveTechnologyReadsTheRowsInTheirOrder) {
+  manager.addAction(action("X"));
+  show();
+  click(row(0), "Delete");
+  answer("Delete");
+  click(panel(), "Restore Defaults");
+  auto *const rows = QAccessible::queryAccessibleInterface(list().widget());
+  for (int index = 0; index < 4; ++index) {
+    EXPECT_EQ(rows->child(index)->object(), &row(static_cast<std::size_t>(index)));
+  }
+}
+
 TEST_F(ActionsSettingsViewTest, WithAllDefaultsDeletedTheEmptyListOffersToRestoreThem) {
   show();
   deleteAll();

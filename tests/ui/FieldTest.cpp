@@ -14,6 +14,7 @@
 #include <QClipboard>
 #include <QImage>
 #include <QInputMethodEvent>
+#include <QKeyEvent>
 #include <QMimeData>
 #include <QStyle>
 #include <QStyleFactory>
@@ -138,6 +139,28 @@ TEST_F(FieldTest, ReturnReachesTheWindowButForOneThatEndsComposing) {
   QCoreApplication::sendEvent(&field, &commit);
   pressKey(field, Qt::Key_Return);
   EXPECT_EQ(window_.returns, 1);
+}
+
+TEST_F(FieldTest, HotkeysTypeNothingOverWhatIsSelected) {
+  TextField field(name);
+  TextArea area(name);
+  field.setText(QStringLiteral("Text"));
+  area.setPlainText(QStringLiteral("Text"));
+  field.selectAll();
+  area.selectAll();
+  for (const auto modifier : {Qt::AltModifier, Qt::MetaModifier}) {
+    for (QWidget *const widget : {static_cast<QWidget *>(&field), static_cast<QWidget *>(&area)}) {
+      QKeyEvent press(QEvent::KeyPress, Qt::Key_E, modifier | Qt::ShiftModifier, QStringLiteral("E"));
+      QApplication::sendEvent(widget, &press);
+      EXPECT_FALSE(press.isAccepted());
+    }
+  }
+  EXPECT_EQ(field.text(), QStringLiteral("Text"));
+  EXPECT_EQ(area.toPlainText(), QStringLiteral("Text"));
+  // The key that types the characters of the third level is neither.
+  QKeyEvent press(QEvent::KeyPress, Qt::Key_E, Qt::GroupSwitchModifier, QStringLiteral("€"));
+  QApplication::sendEvent(&field, &press);
+  EXPECT_EQ(field.text(), QStringLiteral("€"));
 }
 
 TEST_F(FieldTest, ATextAreaTakesPlainTextOnlyAndIsLeftByTab) {

@@ -105,6 +105,16 @@ TEST_F(SheetHostTest, NeitherPointerNorTabReachWhatIsBelow) {
   EXPECT_TRUE(content.button->hasFocus());
 }
 
+TEST_F(SheetHostTest, ThePointerReachesWhatIsBelowWhileTheSheetSlidesOut) {
+  setReducesMotion(false);
+  present();
+  host.dismiss();
+  EXPECT_TRUE(host.isVisible());
+  EXPECT_EQ(window.childAt(below->geometry().center()), below);
+  present();
+  EXPECT_NE(window.childAt(below->geometry().center()), below);
+}
+
 TEST_F(SheetHostTest, SaysThatEscapeWasPressed) {
   present();
   int escaped = 0;

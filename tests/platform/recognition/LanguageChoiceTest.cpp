@@ -24,12 +24,12 @@ TEST(LanguageChoice, LeadsWithEnglish) {
 }
 
 TEST(LanguageChoice, JoinsLanguagesOfOneScriptAndPutsAccentsBehind) {
-  EXPECT_EQ(languageSets({"deu", "eng", "jpn"}, {}), (Sets{{"eng+deu"}, {"deu+eng", true}, {"jpn"}}));
+  EXPECT_EQ(languageSets({"deu", "eng", "jpn"}, {}), (Sets{{"eng"}, {"deu+eng", true}, {"jpn"}}));
 }
 
 TEST(LanguageChoice, PrefersTheLanguagesOfTheUser) {
   EXPECT_EQ(languageSets({"ces", "deu", "eng", "fra", "spa", "ukr", "rus"}, {"es_MX", "de", "uk_UA.UTF-8"}),
-            (Sets{{"eng+spa+deu"}, {"spa+deu+eng", true}, {"ukr+rus"}}));
+            (Sets{{"eng"}, {"spa+deu+eng", true}, {"ukr+rus"}}));
 }
 
 TEST(LanguageChoice, DoesWithoutEnglish) {
@@ -41,7 +41,7 @@ TEST(LanguageChoice, TellsScriptsOfOneLanguageApart) {
   EXPECT_EQ(languageSets({"chi_sim", "chi_tra", "eng"}, {"zh_TW.UTF-8"}),
             (Sets{{"eng"}, {"chi_tra"}, {"chi_sim"}}));
   EXPECT_EQ(languageSets({"srp", "srp_latn", "eng"}, {"sr_RS.UTF-8@latin"}),
-            (Sets{{"eng+srp_latn"}, {"srp_latn+eng", true}, {"srp"}}));
+            (Sets{{"eng"}, {"srp_latn+eng", true}, {"srp"}}));
 }
 
 TEST(LanguageChoice, TakesUnknownDataForAScriptOfItsOwn) {

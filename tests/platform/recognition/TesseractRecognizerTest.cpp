@@ -136,6 +136,11 @@ TEST_F(TesseractRecognizerTest, FindsOutWhichLanguageIsWritten) {
   EXPECT_EQ(read(drawLines(english)), english) << "after another script";
 }
 
+TEST_F(TesseractRecognizerTest, ReadsNamesOfAnotherLanguageWithinEnglish) {
+  const Lines names{"Our guests are Jürgen Schröder and Käthe", "Böhm, who came by train this morning."};
+  EXPECT_EQ(read(drawLines(names)), names);
+}
+
 TEST_F(TesseractRecognizerTest, FindsNoTextOnPlainGroundOfAnySize) {
   for (const auto &[width, height] : {std::pair(1, 1), std::pair(2, 1), std::pair(1, 40),
                                       std::pair(30'000, 2), std::pair(2, 30'000), std::pair(600, 400)}) {

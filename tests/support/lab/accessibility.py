@@ -12,8 +12,8 @@ from .display import Frame
 _ACCESSIBLE = "org.a11y.atspi.Accessible"
 _REGISTRY = "org.a11y.atspi.Registry"
 _ROOT = "/org/a11y/atspi/accessible/root"
-_STATES = {"active": 1, "checked": 4, "editable": 7, "enabled": 8, "focused": 12, "sensitive": 24, "showing": 25,
-           "visible": 30}
+_STATES = {"active": 1, "checked": 4, "editable": 7, "enabled": 8, "focusable": 11, "focused": 12, "sensitive": 24,
+           "showing": 25, "visible": 30}
 
 
 class Gone(Exception):

@@ -52,19 +52,20 @@ class Desktop(contextlib.ExitStack):
 
     monitors: (width, height) of monitors side by side, instead of one of `size`
     physical_keyboard: keys are pressed on a keyboard that the session's own programs cannot inject into
+    shows_screen: False for the X server of a Wayland session, whose screen is not X's to see
     posts_keys: False for a session whose programs cannot post keys at all (which has a physical keyboard)
     keyring: True (unlocked, with a key), False (none on the bus)
     tray_host: True for a status item watcher from the start
     """
 
     def __init__(self, window_manager="openbox", size=(1280, 800), monitors=(), physical_keyboard=False,
-                 posts_keys=True, keyring=True, tray_host=True, focus_follows_mouse=False, directory=None):
+                 posts_keys=True, shows_screen=True, keyring=True, tray_host=True, focus_follows_mouse=False, directory=None):
         super().__init__()
         self.window_manager = window_manager
         self.size = (sum(width for width, _ in monitors), max(height for _, height in monitors)) if monitors else size
         self.monitors = monitors
         self.physical_keyboard = physical_keyboard or not posts_keys
-        self.posts_keys = posts_keys
+        self.posts_keys, self.shows_screen = posts_keys, shows_screen
         self.with_keyring, self.with_tray_host = keyring, tray_host
         self.focus_follows_mouse = focus_follows_mouse
         self.directory = directory
@@ -134,6 +135,10 @@ class Desktop(contextlib.ExitStack):
                           f"{width}/{width // 4}x{height}/{height // 4}+{left}+0",
                           "screen" if number == 0 else "none"], self.env)
                 left += width
+        if not self.shows_screen:
+            width, height = self.size
+            run_tool(["xrandr", "--display", server.name, "--setmonitor", "XWAYLAND0",
+                      f"{width}/{width // 4}x{height}/{height // 4}+0+0", "screen"], self.env)
         if not self.physical_keyboard:
             return display
         # The outer server has no window manager: keys go to the window under the pointer, which is all of it.

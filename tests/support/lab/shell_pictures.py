@@ -3,6 +3,7 @@
 import json
 import threading
 
+from .actions_window import action, store_actions
 from .desktop import API_KEY
 from .program import Lumiwren
 from .waiting import wait_until
@@ -10,14 +11,9 @@ from .waiting import wait_until
 MENU_AT = 450, 30
 
 
-def action(name, key, number, kind="Text Selection", prompt="Explain {text}"):
-    return {"id": f"A0B0C0D0-0000-4000-8000-{number:012}", "name": name, "prompt": prompt, "isDefault": False,
-            "hotkey": {"keyCode": key, "modifiers": 0xA0000}, "inputType": kind}
-
-
-OWN = [action("Summarise in three points", 1, 1), action("Read a receipt & add it up", 15, 2, "Screen Capture (OCR)"),
-       action("ترجم إلى العربية", 2, 3),
-       action("Rewrite politely, shorter, and without any of the words that a lawyer would use", 13, 4)]
+OWN = [action("Summarise in three points", key=1), action("Read a receipt & add it up", key=15, inputType="Screen Capture (OCR)"),
+       action("ترجم إلى العربية", key=2),
+       action("Rewrite politely, shorter, and without any of the words that a lawyer would use", key=13)]
 
 
 class Shell:
@@ -29,13 +25,11 @@ class Shell:
             desktop.tool("secret-tool", "clear", "service", "com.lumiwren.app", "account", "openai-api-key")
         else:
             desktop.keyring.store(key)
-        stored = {"hasLaunchedBefore": True}
         if actions is not None:
-            stored.update({"customActions": json.dumps(actions), "hasInitializedDefaultActions": True,
-                           "hasUpdatedDefaultPrompts_v1.4": True})
-        elif more:
-            stored["customActions"] = json.dumps(list(more))  # The defaults come before them.
-        desktop.user_defaults().write_text(json.dumps(stored))
+            store_actions(desktop, actions)
+        else:
+            # Before them come those that every first start adds.
+            desktop.user_defaults().write_text(json.dumps({"customActions": json.dumps(list(more))}))
         desktop.display.move(int(880 * scale), int(660 * scale))
         self.lumiwren = Lumiwren(desktop, service, QT_SCALE_FACTOR=str(scale), **environment)
         self.has_key = key is not None
@@ -203,8 +197,13 @@ def accessibility_alert(shell):
     return shell.lumiwren.alert("Accessibility Permission Required").wait_shown().wait_focused()
 
 
+def screen_recording_alert(shell):
+    shell.lumiwren.status_item.choose("Explain Screen Region")
+    return shell.lumiwren.alert("Screen Recording Permission Required").wait_shown().wait_focused()
+
+
 UNREACHABLE = {"OPENAI_BASE_URL": "http://127.0.0.1:1/v1"}
-MANY = [action(f"Action {number}", 18, number) for number in range(10, 60)]
+MANY = [action(f"Action {number}", key=18) for number in range(10, 60)]
 # How each state comes about, and what its program is started with.
 SHELL_STATES = {
     "menu": (menu_marks, {"more": OWN}), "menu-highlight": (menu_highlight, {}),
@@ -218,6 +217,8 @@ SHELL_STATES = {
     "key-unreachable": (key_form_unreachable, UNREACHABLE),
     "welcome": (welcome, {"key": None}), "welcome-tested": (welcome_tested, {"key": None}),
     "about": (about, {}), "accessibility-alert": (accessibility_alert, {}),
+    "screen-recording-alert": (screen_recording_alert, {}),
 }
 SHELL_TURNING = {key_form_testing}  # Something moves in it.
-SHELL_DESKTOPS = {"accessibility-alert": {"posts_keys": False}}  # What is special of the desktop of a state.
+# What is special of the desktop of a state.
+SHELL_DESKTOPS = {"accessibility-alert": {"posts_keys": False}, "screen-recording-alert": {"shows_screen": False}}

@@ -209,8 +209,9 @@ std::vector<LanguageSet> languageSets(const std::vector<std::string> &installed,
   }
   std::vector<LanguageSet> sets;
   for (auto &[script, members] : scripts) {
-    sets.push_back({joined(members)});
-    if (members.size() > 1 && members.front() == english) {
+    const bool isEnglishFirst = members.size() > 1 && members.front() == english;
+    sets.push_back({isEnglishFirst ? members.front() : joined(members)});
+    if (isEnglishFirst) {
       std::rotate(members.begin(), members.begin() + 1, members.end());
       sets.push_back({joined(members), true});
     }

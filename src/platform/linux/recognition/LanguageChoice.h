@@ -9,13 +9,14 @@ namespace lumiwren {
 /// Languages to read with at once.
 struct LanguageSet {
   std::string languages;  // as the engine takes them, the most important first: "eng+deu"
-  /// Reads Latin letters with accents better than the first set, and those without a little worse.
+  /// Reads the Latin script's other languages, which the first set does not know, and English a little worse.
   bool isForAccents = false;
   friend bool operator==(const LanguageSet &, const LanguageSet &) = default;
 };
 
 /// The sets to choose from: one for each script of the `installed` data. The first is the Latin script's,
-/// when there is any, led by English, with another for accents behind it. The languages of `userLanguages`
+/// when there is any: English alone, because each language that is asked takes its time, with another for
+/// accents behind it; without English all of them. The languages of `userLanguages`
 /// (of locales, "de_DE.UTF-8") come before others, which are in the order of the alphabet.
 std::vector<LanguageSet> languageSets(const std::vector<std::string> &installed,
                                       const std::vector<std::string> &userLanguages);

@@ -12,6 +12,11 @@ namespace {
 
 /// The right script reaches 88 to 97 percent on clear text, a wrong one 20 to 70.
 constexpr float goodConfidence = 80;
+/// English prose mostly reaches more; English program text and other languages' prose do not.
+constexpr float certainConfidence = 95;
+/// Another language's own data is better than English by this much and more, or finds accents; on program
+/// text neither is the case.
+constexpr float clearlyBetter = 5;
 
 std::vector<std::string> languagesIn(const std::filesystem::path &folder) {
   std::vector<std::string> languages;
@@ -87,7 +92,7 @@ public:
     if (confidence(lines) < goodConfidence) {
       retry(bestForSample(block.sample, best, confidence(lines)), block, best, lines);
     }
-    if (best == 0 && hasAccents(lines) && reader_.sets_.size() > 1 && isForAccents(1)) {
+    if (best == 0 && isOtherLanguage(block, lines)) {
       retry(1, block, best, lines);
     }
     if (confidence(lines) >= goodConfidence) {
@@ -98,6 +103,22 @@ public:
 
 private:
   bool isForAccents(std::size_t set) const { return reader_.sets_[set].isForAccents; }
+
+  /// Whether what the first set has read is rather for the one for accents.
+  bool isOtherLanguage(const TextBlock &block, const std::vector<RecognizedLine> &lines) {
+    if (reader_.sets_.size() == 1 || !isForAccents(1)) {
+      return false;
+    }
+    if (hasAccents(lines)) {
+      return true;
+    }
+    const float sure = confidence(lines);
+    if (sure >= certainConfidence) {
+      return false;
+    }
+    const auto sample = read(1, block.sample);
+    return hasAccents(sample) || confidence(sample) >= sure + clearlyBetter;
+  }
 
   /// Takes what `other` reads when that is more likely.
   void retry(std::size_t other, const TextBlock &block, std::size_t &best,
@@ -114,7 +135,7 @@ private:
   std::size_t bestForSample(const PixelBox &sample, std::size_t best, float bestConfidence) {
     const std::size_t first = best;
     for (std::size_t set = 0; set < reader_.sets_.size() && bestConfidence < goodConfidence; ++set) {
-      const float here = set == first || isForAccents(set) ? 0 : confidence(read(set, sample));
+      const float here = set == first ? 0 : confidence(read(set, sample));
       if (here > bestConfidence) {
         best = set;
         bestConfidence = here;

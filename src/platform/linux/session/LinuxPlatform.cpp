@@ -20,10 +20,12 @@
 #include <QSocketNotifier>
 
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace lumiwren {
@@ -37,6 +39,14 @@ Handle watchReadable(int fileDescriptor, std::function<void()> readable) {
   return Handle([notifier] { notifier->setEnabled(false); });
 }
 
+/// Where the programs are that this one starts: beside it, or where they are installed.
+std::filesystem::path helpersFolder() {
+  const std::filesystem::path folder = QCoreApplication::applicationDirPath().toStdString();
+  const auto installed = folder / ".." / "libexec" / "lumiwren";
+  std::error_code ignored;
+  return std::filesystem::is_directory(installed, ignored) ? installed : folder;
+}
+
 std::unique_ptr<X11Session> makeX11Session(MainQueue &mainQueue, UserDefaults &defaults) {
   const auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
   if (x11 == nullptr) {
@@ -45,7 +55,7 @@ std::unique_ptr<X11Session> makeX11Session(MainQueue &mainQueue, UserDefaults &d
                  qPrintable(QGuiApplication::platformName()));
     return nullptr;
   }
-  const std::string folder = QCoreApplication::applicationDirPath().toStdString();
+  const std::string folder = helpersFolder().string();
   return std::make_unique<X11Session>(
       mainQueue, X11Session::Options{.toolkitConnection = x11->connection(),
                                      .pixelsPerPoint = qGuiApp->devicePixelRatio(),

@@ -9,6 +9,7 @@ namespace {
 
 // What asks: a pager, that is, the user.
 constexpr std::uint32_t sourcePager = 2;
+constexpr std::uint32_t stateRemove = 0;
 constexpr std::uint32_t stateAdd = 1;
 constexpr std::uint32_t everyDesktop = 0xffffffff;
 
@@ -25,8 +26,12 @@ void X11ApplicationWindows::activate(NativeWindow window) {
 }
 
 void X11ApplicationWindows::setFloating(NativeWindow window) {
-  ask(window, "_NET_WM_STATE",
-      {stateAdd, questions_.atom(questions_.askAtom("_NET_WM_STATE_ABOVE")), XCB_ATOM_NONE, sourcePager});
+  // A window that has had a dialog can lie among ordinary ones and still be in the state that asks for more.
+  // Then only a change of that state has an effect.
+  const std::uint32_t above = questions_.atom(questions_.askAtom("_NET_WM_STATE_ABOVE"));
+  for (const std::uint32_t change : {stateRemove, stateAdd}) {
+    ask(window, "_NET_WM_STATE", {change, above, XCB_ATOM_NONE, sourcePager});
+  }
   ask(window, "_NET_WM_DESKTOP", {everyDesktop, sourcePager});
 }
 

@@ -7,7 +7,8 @@
 
 namespace lumiwren {
 
-/// An X server shows its screen to every client; one that has none to show answers with an error.
+/// An X server shows its screen to every client; one that has none to show answers with an error, or, in a
+/// Wayland session, with a black one.
 class X11ScreenRecording : public ScreenRecording {
 public:
   /// The connection outlives this object.

@@ -44,6 +44,26 @@ TEST(PixelFormat, ColoursAreExact) {
   }
 }
 
+TEST(PixelFormat, EveryPixelOfARowIsConvertedAndNothingBehindIt) {
+  const PixelFormat plain;
+  Bytes pixels;
+  for (const int width : {0, 1, 2, 3, 4, 5, 8, 9}) {
+    Bytes expected;
+    pixels.clear();
+    for (int pixel = 0; pixel < width; ++pixel) {
+      const auto first = static_cast<std::uint8_t>(pixel * 3);
+      const auto second = static_cast<std::uint8_t>(first + 1);
+      const auto third = static_cast<std::uint8_t>(first + 2);
+      pixels.insert(pixels.end(), {third, second, first, 0xee});
+      expected.insert(expected.end(), {first, second, third});
+    }
+    Bytes samples(expected.size() + 4, 0xcc);
+    plain.rgbRow(pixels, std::span(samples).first(expected.size()));
+    expected.insert(expected.end(), 4, 0xcc);
+    EXPECT_EQ(samples, expected) << width;
+  }
+}
+
 TEST(PixelFormat, RowsEndAtTheServersAlignment) {
   const PixelFormat packed{.bitsPerPixel = 24};
   EXPECT_EQ(packed.bytesPerRow(1), 4U);

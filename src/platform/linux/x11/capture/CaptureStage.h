@@ -43,9 +43,7 @@ public:
   void hide() { window_->hide(); }
   /// Of the frozen screen.
   int bitsPerSample() const { return frozen_.bitsPerSample(); }
-  void readRows(const PixelRect &part, const FrozenScreen::RowReader &take) const {
-    frozen_.readRows(part, take);
-  }
+  void readRows(const PixelRect &part, const FrozenScreen::RowReader &take) { frozen_.readRows(part, take); }
   /// Waits, for a second at the most, until the user has let go of what he pressed: it is not for the program
   /// that gets pointer and keyboard next, nor is its repetition.
   void waitForRelease();

@@ -3,10 +3,14 @@
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/capture/PixelFormat.h"
 #include "platform/linux/x11/capture/PixelRegion.h"
+#include "platform/linux/x11/capture/SharedStrips.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
+#include <vector>
 
 namespace lumiwren {
 
@@ -33,16 +37,23 @@ public:
   /// Gives `take` the rows of a part of the picture, from the top: red, green and blue of each pixel. Waits
   /// for the server; throws std::runtime_error when it does not give them.
   using RowReader = std::function<void(std::span<const std::uint8_t> samples)>;
-  void readRows(const PixelRect &part, const RowReader &take) const;
+  void readRows(const PixelRect &part, const RowReader &take);
 
 private:
+  /// Rows of a part, `mostBytes` at the most; one row at the least.
+  std::vector<PixelRect> stripsOf(const PixelRect &part, std::size_t mostBytes) const;
   /// Gives the rows of one strip on, as the server has laid them out.
   void takeStrip(const PixelRect &strip, std::span<const std::uint8_t> data, const RowReader &take) const;
+  /// Through memory that is shared with the server. False when there is none.
+  bool readShared(const PixelRect &part, const RowReader &take);
+  /// Through the connection.
+  void readUnshared(const PixelRect &part, const RowReader &take) const;
 
   const X11Connection &connection_;
   const xcb_screen_t *screen_;
   PixelFormat format_;
   xcb_pixmap_t pixmap_;
+  std::optional<SharedStrips> shared_;
 };
 
 }  // namespace lumiwren

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstring>
 
 namespace lumiwren {
 namespace {
@@ -26,6 +27,19 @@ int byteOffset(std::uint32_t mask, const PixelFormat &format) {
   }
   const int fromLeast = shift / 8;
   return format.mostSignificantByteFirst ? format.bitsPerPixel / 8 - 1 - fromLeast : fromLeast;
+}
+
+/// All pixels but the last, of the layout that nearly every screen has: four bytes that begin with blue,
+/// green and red. Each is written as four bytes, of which the next pixel takes the last one. Returns their
+/// number.
+std::size_t convertCommon(const std::uint8_t *in, std::uint8_t *out, std::size_t pixels) {
+  for (std::size_t pixel = 1; pixel < pixels; ++pixel, in += 4, out += 3) {
+    std::uint32_t color = 0;
+    std::memcpy(&color, in, sizeof color);
+    color = __builtin_bswap32(color) >> 8U;
+    std::memcpy(out, &color, sizeof color);
+  }
+  return pixels - 1;
 }
 
 class Channel {
@@ -88,6 +102,12 @@ void PixelFormat::rgbRow(std::span<const std::uint8_t> pixels, std::span<std::ui
   const int green = byteOffset(greenMask, *this);
   const int blue = byteOffset(blueMask, *this);
   if (red >= 0 && green >= 0 && blue >= 0) {
+    if (std::endian::native == std::endian::little && step == 4 && red == 2 && green == 1 && blue == 0 &&
+        out != end) {
+      const std::size_t done = convertCommon(in, out, samples.size() / 3);
+      in += done * step;
+      out += done * 3;
+    }
     for (; out != end; in += step, out += 3) {
       out[0] = in[red];
       out[1] = in[green];
