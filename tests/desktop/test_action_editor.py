@@ -103,13 +103,7 @@ def test_tab_goes_through_the_editor_and_no_further(desktop, window):
     window.edit(0)
     stops = [("text", "Name"), ("push button", "Change"), ("radio button", "Text Selection"), ("text", "Prompt"),
              ("push button", "Cancel"), ("push button", "Save")]
-    window.wait_focus(*stops[0])
-    for stop in stops[1:] + stops[:1]:
-        desktop.display.press("Tab")
-        window.wait_focus(*stop)
-    for stop in reversed(stops):
-        desktop.display.press("Shift", "Tab")
-        window.wait_focus(*stop)
+    window.check_tab_order(stops)
 
 
 def test_an_action_is_made_with_the_keyboard_alone(desktop, window):

@@ -275,13 +275,7 @@ def test_tab_goes_through_the_window_from_top_to_bottom_and_back(desktop, lumiwr
     window = ActionsWindow(lumiwren)
     stops = [("list item", DEFAULTS[0]), ("push button", "Edit"), ("push button", "Delete"),
              ("push button", "Add Action"), ("push button", "Done"), ("push button", "Close")]
-    window.wait_focus(*stops[0])
-    for stop in stops[1:] + stops[:1]:
-        desktop.display.press("Tab")
-        window.wait_focus(*stop)
-    for stop in reversed(stops):
-        desktop.display.press("Shift", "Tab")
-        window.wait_focus(*stop)
+    window.check_tab_order(stops)
     # The arrows take Tab along.
     desktop.display.press("Down")
     window.wait_focus("list item", DEFAULTS[1])

@@ -3,7 +3,7 @@
 #include "platform/testing/FakeUserDefaults.h"
 #include "platform/x11/keys/InputDriver.h"
 #include "settings/ActionEditorView.h"
-#include "support/XServer.h"
+#include "support/ToolkitTest.h"
 #include "ui/BoxedLabel.h"
 #include "ui/MainQueueLoop.h"
 #include "ui/TextField.h"
@@ -18,9 +18,7 @@
 #include <linux/input-event-codes.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
-#include <memory>
 #include <string>
 
 namespace lumiwren::testing {
@@ -39,22 +37,8 @@ private:
 };
 
 /// The editor on a real X server, before a keyboard that the test presses.
-class HotkeyRecordingTest : public ::testing::Test {
+class HotkeyRecordingTest : public ToolkitTest {
 protected:
-  static void SetUpTestSuite() {
-    server_ = std::make_unique<XServer>();
-    setenv("DISPLAY", server_->display().c_str(), 1);
-    setenv("QT_QPA_PLATFORM", "xcb", 1);
-    static int count = 1;
-    static char name[] = "test";
-    static char *arguments[] = {name, nullptr};
-    application_ = std::make_unique<QApplication>(count, arguments);
-  }
-  static void TearDownTestSuite() {
-    application_.reset();
-    server_.reset();
-  }
-
   void SetUp() override {
     hotkeys_.onActionHotkeyPressed = [this](const UUID & /*id*/) { ++runs_; };
     hotkeys_.startMonitoring();
@@ -89,9 +73,6 @@ protected:
   std::string typed() const { return editor_.findChild<TextField *>()->text().toStdString(); }
   std::string shown() const { return editor_.findChild<BoxedLabel *>()->text().toStdString(); }
 
-  static std::unique_ptr<XServer> server_;
-  static std::unique_ptr<QApplication> application_;
-
   InputDriver user_;
   MainQueue queue_;
   const MainQueueLoop loop_{queue_};
@@ -102,9 +83,6 @@ protected:
   int runs_ = 0;
   ActionEditorView editor_{std::nullopt, monitors_, queue_, {}};
 };
-
-std::unique_ptr<XServer> HotkeyRecordingTest::server_;
-std::unique_ptr<QApplication> HotkeyRecordingTest::application_;
 
 TEST_F(HotkeyRecordingTest, ACombinationIsRecordedAndTypesNothing) {
   change();

@@ -3,7 +3,7 @@
 #include "platform/KeyCodes.h"
 #include "platform/linux/x11/X11EventMonitors.h"
 #include "platform/x11/keys/InputDriver.h"
-#include "support/XServer.h"
+#include "support/ToolkitTest.h"
 #include "ui/MainQueueLoop.h"
 
 #include <gmock/gmock.h>
@@ -17,9 +17,7 @@
 
 #include <linux/input-event-codes.h>
 
-#include <cstdlib>
 #include <functional>
-#include <memory>
 #include <vector>
 
 namespace lumiwren::testing {
@@ -35,22 +33,8 @@ InputEvent key(std::uint16_t code, std::uint64_t flags = 0) {
 }
 
 /// A real X server, the toolkit on it, and an editor of ours that has the focus.
-class LocalEventMonitorsTest : public ::testing::Test {
+class LocalEventMonitorsTest : public ToolkitTest {
 protected:
-  static void SetUpTestSuite() {
-    server_ = std::make_unique<XServer>();
-    setenv("DISPLAY", server_->display().c_str(), 1);
-    setenv("QT_QPA_PLATFORM", "xcb", 1);
-    static int count = 1;
-    static char name[] = "test";
-    static char *arguments[] = {name, nullptr};
-    application_ = std::make_unique<QApplication>(count, arguments);
-  }
-  static void TearDownTestSuite() {
-    application_.reset();
-    server_.reset();
-  }
-
   void SetUp() override {
     editor_.resize(200, 200);
     editor_.show();
@@ -86,17 +70,11 @@ protected:
     });
   }
 
-  static std::unique_ptr<XServer> server_;
-  static std::unique_ptr<QApplication> application_;
-
   InputDriver user_;
   LocalEventMonitors monitors_;
   QPlainTextEdit editor_;
   std::vector<InputEvent> events_;
 };
-
-std::unique_ptr<XServer> LocalEventMonitorsTest::server_;
-std::unique_ptr<QApplication> LocalEventMonitorsTest::application_;
 
 TEST_F(LocalEventMonitorsTest, SeesEachPressOnceAndTheWidgetHasItToo) {
   const auto handle = record();
@@ -159,7 +137,7 @@ TEST_F(LocalEventMonitorsTest, AShortcutThatIsNotConsumedIsSeenOnce) {
 TEST_F(LocalEventMonitorsTest, RepeatsOfAHeldKeyAreNoPresses) {
   {
     Process rate(Process::Options{.command = {"xset", "r", "rate", "10", "100"},
-                                  .environment = server_->environment()});
+                                  .environment = server().environment()});
     ASSERT_EQ(rate.wait(), 0);
   }
   const auto handle = record();
@@ -173,7 +151,7 @@ TEST_F(LocalEventMonitorsTest, RepeatsOfAHeldKeyAreNoPresses) {
 TEST_F(LocalEventMonitorsTest, RepeatsOfAConsumedKeyAreSwallowedToo) {
   {
     Process rate(Process::Options{.command = {"xset", "r", "rate", "10", "100"},
-                                  .environment = server_->environment()});
+                                  .environment = server().environment()});
     ASSERT_EQ(rate.wait(), 0);
   }
   int repeats = 0;

@@ -107,6 +107,16 @@ class ActionsWindow(Window):
         except TimeoutError as error:
             raise TimeoutError(f"{error}; it is in {self.focus()}") from None
 
+    def check_tab_order(self, stops):
+        """That Tab goes through the stops, each a role and a name, round and round, and Shift and Tab back."""
+        self.wait_focus(*stops[0])
+        for stop in stops[1:] + stops[:1]:
+            self.display.press("Tab")
+            self.wait_focus(*stop)
+        for stop in reversed(stops):
+            self.display.press("Shift", "Tab")
+            self.wait_focus(*stop)
+
     # -- the editor ----------------------------------------------------------------------------------------
 
     @property
