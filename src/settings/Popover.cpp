@@ -21,11 +21,11 @@ constexpr int distance = 4;  // from the point that the popover hangs at, and fr
 
 }  // namespace
 
-// Not a popup of the toolkit's: those take every key and click of the session for themselves, and a screen reader
-// does not find them.
+// Not a popup of the toolkit's: those take every key and click of the session for themselves, and a screen
+// reader does not find them.
 Popover::Popover(QWidget *contentView, QSize contentSize, PanelWindows &panelWindows)
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                           Qt::BypassWindowManagerHint),
+    : QWidget(nullptr,
+              Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::BypassWindowManagerHint),
       contentView_(contentView),
       contentSize_(contentSize),
       panelWindows_(panelWindows),
