@@ -33,7 +33,8 @@ protected:
       platform.httpClient(), keychain, mainQueue, {.baseURL = "http://127.0.0.1/", .model = "a-model"}};
   CustomActionManager actions{platform.userDefaults()};
   LaunchAtLoginManager launchAtLogin{platform.loginItem(), platform.userDefaults(), mainQueue};
-  UpdateManager updates{platform.updater()};
+  FakeUpdater updater;
+  UpdateManager updates{updater};
   HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
   const TemporaryFolder captureFolder;
   ScreenCaptureManager screenCapture{platform.screenRecording(), platform.childProcesses(),

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 namespace lumiwren::testing {
 namespace {
 
@@ -124,6 +126,28 @@ TEST_F(StandardUpdaterScheduleTest, ASkippedVersionIsOfferedOnlyToWhoAsksAndTheN
   wallTime += day;
   pass(hour);
   EXPECT_TRUE(comesTo("found 2.1"));
+}
+
+TEST_F(StandardUpdaterScheduleTest, WhoAsksDuringACheckIsAnsweredByIt) {
+  defaults.setData("SULastCheckTime", "0");
+  std::atomic<bool> isAsked = false;
+  answer("/feed.xml", [&isAsked, feed = feedOf({.version = "1.0"})](Connection &connection) {
+    isAsked.wait(false);
+    connection.respond(200, feed);
+  });
+  auto &updater = start();
+  pass(seconds(0));
+  EXPECT_FALSE(updater.canCheckForUpdates());
+  EXPECT_TRUE(driver.stages.empty());
+  updater.checkForUpdates();
+  EXPECT_TRUE(driver.shows("checking"));
+  updater.checkForUpdates();
+  EXPECT_EQ(driver.broughtToFront, 1);
+  isAsked = true;
+  isAsked.notify_all();
+  EXPECT_TRUE(comesTo("up to date 1.0"));
+  EXPECT_EQ(driver.stages.size(), 2U);
+  EXPECT_EQ(checks(), 1U);
 }
 
 TEST_F(StandardUpdaterScheduleTest, AnOfferThatWaitsIsNotCheckedOver) {

@@ -89,13 +89,15 @@ bool StandardUpdater::canCheckForUpdates() {
 }
 
 void StandardUpdater::checkForUpdates() {
-  if (!canCheckForUpdates()) {
+  if (!isConfigured()) {
     return;
   }
-  if (stage_ == Stage::Offering) {
-    driver_.bringToFront();
-  } else {
+  if (stage_ == Stage::Idle) {
     check(Occasion::Asked);
+  } else if (stage_ == Stage::Checking && occasion_ == Occasion::Scheduled) {
+    showChecking();
+  } else {
+    driver_.bringToFront();
   }
 }
 
@@ -137,11 +139,11 @@ void StandardUpdater::wake() {
 
 void StandardUpdater::check(Occasion occasion) {
   enter(Stage::Checking);
+  occasion_ = occasion;
   if (occasion == Occasion::Asked) {
-    driver_.showChecking(inThisStage<>([this] { enter(Stage::Idle); }));
+    showChecking();
   }
-  auto then =
-      inThisStage<const Checked &>([this, occasion](const Checked &result) { checked(occasion, result); });
+  auto then = inThisStage<const Checked &>([this](const Checked &result) { checked(result); });
   task_ = Task::start([&http = services_.httpClient, &mainQueue = services_.mainQueue, url = feedURL_,
                        version = version_, system = options_.systemVersion,
                        then = std::move(then)](const std::stop_token &token) {
@@ -160,13 +162,18 @@ void StandardUpdater::check(Occasion occasion) {
   });
 }
 
-void StandardUpdater::checked(Occasion occasion, const Checked &result) {
+void StandardUpdater::showChecking() {
+  occasion_ = Occasion::Asked;
+  driver_.showChecking(inThisStage<>([this] { enter(Stage::Idle); }));
+}
+
+void StandardUpdater::checked(const Checked &result) {
   enter(Stage::Idle);
   if (result.hasFeed) {
     const auto now = std::chrono::duration_cast<seconds>(options_.now().time_since_epoch());
     services_.userDefaults.setData(lastCheckKey, std::to_string(now.count()));
   }
-  const bool isAsked = occasion == Occasion::Asked;
+  const bool isAsked = occasion_ == Occasion::Asked;
   if (!result.failure.empty()) {
     if (isAsked) {
       driver_.showFailure(result.failure);
@@ -176,14 +183,14 @@ void StandardUpdater::checked(Occasion occasion, const Checked &result) {
       driver_.showUpToDate(version_);
     }
   } else if (isAsked || services_.userDefaults.dataForKey(skippedVersionKey) != result.update->version) {
-    offer(occasion, *result.update);
+    offer(*result.update);
   }
 }
 
-void StandardUpdater::offer(Occasion occasion, const AppcastItem &item) {
+void StandardUpdater::offer(const AppcastItem &item) {
   using Choice = UpdateUserDriver::Choice;
   enter(Stage::Offering);
-  driver_.showFound({.version = item.version, .notes = item.notes}, occasion,
+  driver_.showFound({.version = item.version, .notes = item.notes}, occasion_,
                     inThisStage<Choice>([this, item](Choice choice) { answered(item, choice); }));
 }
 

@@ -58,8 +58,8 @@ public:
 
   /// False while a check or a download is under way.
   bool canCheckForUpdates() override;
-  /// Always answered, also for a version that the user has skipped. An offer that waits for an answer is
-  /// brought to the front.
+  /// Always answered, also for a version that the user has skipped, and by a check on schedule that is under
+  /// way. Anything later that is shown is brought to the front.
   void checkForUpdates() override;
 
   /// "lumiwren/updates" in the user's cache folder.
@@ -85,8 +85,9 @@ private:
   void sleepFor(std::chrono::seconds duration);
   void wake();
   void check(Occasion occasion);
-  void checked(Occasion occasion, const Checked &result);
-  void offer(Occasion occasion, const AppcastItem &item);
+  void showChecking();
+  void checked(const Checked &result);
+  void offer(const AppcastItem &item);
   void answered(const AppcastItem &item, UpdateUserDriver::Choice choice);
   void download(const AppcastItem &item);
   void downloaded(const std::string &version, const Downloaded &result);
@@ -105,6 +106,7 @@ private:
   const std::optional<EdPublicKey> key_;
   const std::chrono::seconds interval_;
   Stage stage_ = Stage::Idle;
+  Occasion occasion_ = Occasion::Asked;  // of the last check
   std::uint64_t stageNumber_ = 0;
   Task task_;
   WeakAnchor<StandardUpdater> anchor_{this};
