@@ -2,13 +2,16 @@
 
 #include "ui/Announcement.h"
 #include "ui/Fonts.h"
+#include "ui/Palette.h"
 #include "ui/Spacing.h"
 
 #include <QAccessible>
 #include <QEvent>
 #include <QLocale>
+#include <QPainter>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <memory>
 
 namespace lumiwren {
@@ -17,11 +20,29 @@ namespace {
 constexpr int viewWidth = 420;
 constexpr int notesHeight = 180;
 constexpr int wheelSize = 20;
+constexpr int barHeight = 6;
 constexpr int barSteps = 1000;
 
 QString sizeText(std::uint64_t bytes) {
   return QLocale().formattedDataSize(static_cast<qint64>(bytes), 1, QLocale::DataSizeSIFormat);
 }
+
+/// A bar of the program's colour, the same on every desktop.
+class ThinProgressBar : public QProgressBar {
+protected:
+  void paintEvent(QPaintEvent * /*event*/) override {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const SemanticColors colors(palette());
+    const qreal round = height() / 2.0;
+    painter.setBrush(withOpacity(colors.primary, 0.15));
+    painter.drawRoundedRect(QRectF(rect()), round, round);
+    const qreal done = static_cast<qreal>(width()) * value() / maximum();
+    painter.setBrush(colors.accent);
+    painter.drawRoundedRect(QRectF(0, 0, std::max<qreal>(done, height()), height()), round, round);
+  }
+};
 
 }  // namespace
 
@@ -31,7 +52,7 @@ UpdateView::UpdateView(QWidget *parent)
       message_(new TextLabel({}, TextStyle::Body, &SemanticColors::secondary)),
       notes_(new TextArea(QStringLiteral("Release Notes"))),
       wheel_(new ProgressIndicator(wheelSize)),
-      bar_(new QProgressBar),
+      bar_(new ThinProgressBar),
       buttonRow_(new QHBoxLayout) {
   heading_->setWordWrap(true);
   message_->setWordWrap(true);
@@ -60,7 +81,7 @@ void UpdateView::setContent(const Content &content) {
   notes_->setVisible(content.notes.has_value());
   wheel_->setVisible(content.isBusy);
   bar_->hide();
-  replaceButtons(content.buttons);
+  replaceButtons(content);
   if (isVisible() && QAccessible::isActive()) {
     announce(*this, content.heading + u'\n' + content.message);
   }
@@ -87,9 +108,11 @@ void UpdateView::changeEvent(QEvent *event) {
 void UpdateView::adaptSizes() {
   setFixedWidth(scaledSize(viewWidth));
   notes_->setFixedHeight(scaledSize(notesHeight));
+  bar_->setFixedHeight(scaledSize(barHeight));
 }
 
-void UpdateView::replaceButtons(const std::vector<Button> &buttons) {
+void UpdateView::replaceButtons(const Content &content) {
+  const auto &buttons = content.buttons;
   for (auto *const button : buttons_) {
     buttonRow_->removeWidget(button);
     button->hide();
@@ -101,8 +124,8 @@ void UpdateView::replaceButtons(const std::vector<Button> &buttons) {
   for (const auto &[label, clicked] : buttons) {
     const bool isLast = &clicked == &buttons.back().clicked;
     const bool isFarLeft = buttons.size() > 2 && buttons_.empty();
-    auto *const button =
-        new PushButton(isLast ? PushButton::Kind::Prominent : PushButton::Kind::Bordered, label);
+    auto *const button = new PushButton(
+        isLast && !content.isBusy ? PushButton::Kind::Prominent : PushButton::Kind::Bordered, label);
     if (buttons_.empty() && !isFarLeft) {
       buttonRow_->addStretch();
     }

@@ -32,6 +32,7 @@ public:
     QString heading;
     QString message;
     std::optional<QString> notes;
+    /// It lasts for a while, and all that one can do is to stop it.
     bool isBusy = false;
     /// From left to right; the last is what the stage is for, and the default of the dialog.
     std::vector<Button> buttons;
@@ -48,7 +49,7 @@ protected:
 
 private:
   void adaptSizes();
-  void replaceButtons(const std::vector<Button> &buttons);
+  void replaceButtons(const Content &content);
 
   TextLabel *const heading_;
   TextLabel *const message_;

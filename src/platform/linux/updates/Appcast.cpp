@@ -7,6 +7,7 @@
 #include <expat.h>
 
 #include <charconv>
+#include <compare>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -220,9 +221,9 @@ std::optional<AppcastItem> newestUpdate(const std::vector<AppcastItem> &items,
   for (const auto &item : items) {
     const auto &minimum = item.minimumSystemVersion;
     const bool isForThisSystem =
-        minimum.empty() || (isVersion(minimum) && compareVersions(systemVersion, minimum) >= 0);
+        minimum.empty() || (isVersion(minimum) && std::is_gteq(compareVersions(systemVersion, minimum)));
     if (isForThisSystem &&
-        compareVersions(item.version, newest != nullptr ? newest->version : runningVersion) > 0) {
+        std::is_gt(compareVersions(item.version, newest != nullptr ? newest->version : runningVersion))) {
       newest = &item;
     }
   }

@@ -199,7 +199,7 @@ std::string plainReleaseNotes(std::string_view notes) {
       const auto tag = takeTag(notes);
       const auto name = std::string_view(tag).substr(tag.starts_with('/') ? 1 : 0);
       if (!hidden.empty()) {
-        hidden = tag == "/" + hidden ? "" : hidden;
+        hidden = tag.starts_with('/') && name == hidden ? std::string() : hidden;
       } else if (holds(unseen, tag)) {
         hidden = tag;
       } else if (holds(ownLines, name)) {

@@ -51,7 +51,7 @@ std::string_view takeRelease(std::string_view &version) {
 std::weak_ordering compareReleases(std::string_view one, std::string_view other) {
   while (!one.empty() || !other.empty()) {
     const auto order = compareNumbers(take(one, isDigit), take(other, isDigit));
-    if (order != 0) {
+    if (std::is_neq(order)) {
       return order;
     }
     one.remove_prefix(std::min<std::size_t>(1, one.size()));
@@ -73,7 +73,7 @@ std::weak_ordering comparePreReleases(std::string_view one, std::string_view oth
     }
     const auto order = isNumber ? compareNumbers(take(one, isDigit), take(other, isDigit))
                                 : take(one, isLetter) <=> take(other, isLetter);
-    if (order != 0) {
+    if (std::is_neq(order)) {
       return order;
     }
   }
@@ -101,7 +101,7 @@ std::weak_ordering compareVersions(std::string_view one, std::string_view other)
   one = withoutBuild(one);
   other = withoutBuild(other);
   const auto order = compareReleases(takeRelease(one), takeRelease(other));
-  if (order != 0) {
+  if (std::is_neq(order)) {
     return order;
   }
   if (one.empty() != other.empty()) {
