@@ -10,6 +10,7 @@
 #include "settings/APIKeyWindow.h"
 #include "settings/AboutWindowController.h"
 #include "settings/ActionsSettingsWindowController.h"
+#include "settings/UpdateWindow.h"
 #include "settings/WelcomeWindow.h"
 #include "ui/MainQueueLoop.h"
 
@@ -108,7 +109,9 @@ int runApplication(int argc, char **argv) {
   CustomActionManager actions(platform->userDefaults());
   HotkeyManager hotkeys(platform->eventMonitors(), actions, mainQueue);
   LaunchAtLoginManager launchAtLogin(platform->loginItem(), platform->userDefaults(), mainQueue);
-  UpdateManager updates(platform->updater());
+  UpdateWindow updateWindow(platform->applicationWindows());
+  const std::unique_ptr<Updater> updater = platform->makeUpdater(updateWindow);
+  UpdateManager updates(*updater);
   ExplanationPopupController popup(platform->eventMonitors(), platform->pasteboard(), platform->screens(),
                                    platform->panelWindows(), service, keychain, mainQueue);
   ScreenCaptureManager screenCapture(platform->screenRecording(), platform->childProcesses(),

@@ -24,6 +24,12 @@ struct HTTPHeader {
   Secret value;
 };
 
+/// What becomes of an answer that names another address.
+enum class Redirects {
+  NotFollowed,  // It is the answer: what the request carries is meant for nobody else.
+  HTTPSOnly,    // Followed, ten times at the most. The whole way is https, else it is a TransportError.
+};
+
 struct HTTPRequest {
   std::string method;
   std::string url;
@@ -31,6 +37,7 @@ struct HTTPRequest {
   std::string body;
   /// The longest silence, before the response or within it; not a limit for the whole.
   std::chrono::milliseconds timeoutInterval{60'000};
+  Redirects redirects = Redirects::NotFollowed;
 };
 
 /// A response whose body is read as it arrives. Any one thread. Dropping it closes the transfer.

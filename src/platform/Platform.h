@@ -16,9 +16,12 @@
 #include "platform/SecretStore.h"
 #include "platform/SelectionCopy.h"
 #include "platform/TextRecognizer.h"
+#include "platform/UpdateUserDriver.h"
 #include "platform/Updater.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+
+#include <memory>
 
 namespace lumiwren {
 
@@ -45,8 +48,10 @@ public:
   virtual DesktopAppearance &desktopAppearance() = 0;
   virtual ChildProcesses &childProcesses() = 0;
   virtual Workspace &workspace() = 0;
-  virtual Updater &updater() = 0;
   virtual const Bundle &bundle() = 0;
+
+  /// The updater, which shows by `driver` what it does. Once. It is gone before the platform and the driver.
+  virtual std::unique_ptr<Updater> makeUpdater(UpdateUserDriver &driver) = 0;
 };
 
 }  // namespace lumiwren

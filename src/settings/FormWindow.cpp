@@ -33,12 +33,15 @@ FormWindow::FormWindow(const QString &title, std::unique_ptr<QWidget> content, i
 }
 
 void FormWindow::present() {
-  if (!std::exchange(isPlaced_, true)) {
-    centre();
-    focusNextChild();  // of none, that is to the first
-  }
+  place();
   show();
   windows_.activate(winId());
+}
+
+void FormWindow::presentInBackground() {
+  place();
+  setAttribute(Qt::WA_ShowWithoutActivating);
+  show();
 }
 
 void FormWindow::changeEvent(QEvent *event) {
@@ -50,6 +53,16 @@ void FormWindow::changeEvent(QEvent *event) {
 
 void FormWindow::adaptHeight() {
   content_->setMinimumHeight(scaledSize(smallestHeight_));
+}
+
+void FormWindow::place() {
+  if (std::exchange(isPlaced_, true)) {
+    return;
+  }
+  centre();
+  if (focusWidget() == nullptr) {
+    focusNextChild();  // of none, that is to the first
+  }
 }
 
 void FormWindow::centre() {

@@ -24,11 +24,14 @@ public:
   /// Shows the window in front of everything, with the keyboard: in the middle of the screen the first time,
   /// later where it was left.
   void present();
+  /// Shows the window for a user who is at work in another one, and keeps the keyboard.
+  void presentInBackground();
 
 protected:
   void changeEvent(QEvent *event) override;
 
 private:
+  void place();
   void centre();
   void adaptHeight();
 

@@ -20,6 +20,9 @@ protected:
                                Secret::copyOf("sk-test"));
   }
 
+  /// What a test has started may still use the services.
+  ~AppTest() override { EXPECT_TRUE(Task::endAll(std::chrono::seconds(10))); }
+
   AppDelegate::Services services() {
     return {{platform, mainQueue, actions, keychain, service, hotkeys, screenCapture, popup},
             launchAtLogin,
@@ -33,7 +36,8 @@ protected:
       platform.httpClient(), keychain, mainQueue, {.baseURL = "http://127.0.0.1/", .model = "a-model"}};
   CustomActionManager actions{platform.userDefaults()};
   LaunchAtLoginManager launchAtLogin{platform.loginItem(), platform.userDefaults(), mainQueue};
-  UpdateManager updates{platform.updater()};
+  FakeUpdater updater;
+  UpdateManager updates{updater};
   HotkeyManager hotkeys{platform.eventMonitors(), actions, mainQueue};
   const TemporaryFolder captureFolder;
   ScreenCaptureManager screenCapture{platform.screenRecording(), platform.childProcesses(),

@@ -10,7 +10,7 @@ namespace lumiwren {
 class CurlNetwork;
 
 /// HTTPClient over libcurl, without a thread of its own (see CurlNetwork). HTTP/2 where the server has it,
-/// the proxy variables of the environment (never for this computer's own addresses), no redirects.
+/// the proxy variables of the environment (never for this computer's own addresses).
 class CurlHTTPClient : public HTTPClient {
 public:
   /// Certificates are looked up one at a time in a directory with OpenSSL's hashed names: reading Debian's

@@ -2,6 +2,8 @@
 
 #include "platform/linux/CurlNetwork.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -13,6 +15,7 @@ namespace {
 
 /// Enough to keep the network busy while the reader works, and little for one that has stopped reading.
 constexpr std::size_t bufferLimit = 256UL * 1024;
+constexpr long mostRedirects = 10;
 
 CurlTransfer::TimePoint now() {
   return std::chrono::steady_clock::now();
@@ -103,7 +106,14 @@ void CurlTransfer::start(CURLM *multi, const Setup &setup) {
 
   const auto set = [this](CURLoption option, auto value) { curl_easy_setopt(easy_, option, value); };
   set(CURLOPT_URL, request_.url.c_str());
-  set(CURLOPT_PROTOCOLS_STR, "http,https");
+  if (followsRedirects()) {
+    set(CURLOPT_PROTOCOLS_STR, "https");
+    set(CURLOPT_REDIR_PROTOCOLS_STR, "https");
+    set(CURLOPT_FOLLOWLOCATION, 1L);
+    set(CURLOPT_MAXREDIRS, mostRedirects);
+  } else {
+    set(CURLOPT_PROTOCOLS_STR, "http,https");
+  }
   if (request_.method == "GET") {
     set(CURLOPT_HTTPGET, 1L);
   } else {
@@ -142,7 +152,8 @@ void CurlTransfer::resume() {
 void CurlTransfer::complete(CURLcode result) {
   // An answer that is no HTTP has no status; anything else that goes wrong before the first byte has a
   // reason.
-  const bool isForeign = result == CURLE_UNSUPPORTED_PROTOCOL || result == CURLE_WEIRD_SERVER_REPLY;
+  const bool isForeign =
+      (result == CURLE_UNSUPPORTED_PROTOCOL && !followsRedirects()) || result == CURLE_WEIRD_SERVER_REPLY;
   curl_off_t sent = 0;
   curl_easy_getinfo(easy_, CURLINFO_PRETRANSFER_TIME_T, &sent);
   if (isForeign && sent > 0) {
@@ -187,11 +198,15 @@ std::size_t CurlTransfer::onHeader(char *bytes, std::size_t, std::size_t size, v
   transfer.lastActivity_ = now();
   const std::string_view line(bytes, size);
   if (line != "\r\n" && line != "\n") {
+    constexpr std::string_view location = "location:";
+    transfer.namesLocation_ |=
+        size > location.size() && strncasecmp(bytes, location.data(), location.size()) == 0;
     return size;
   }
   long status = 0;
   curl_easy_getinfo(transfer.easy_, CURLINFO_RESPONSE_CODE, &status);
-  if (status < 200) {
+  const bool isRedirect = std::exchange(transfer.namesLocation_, false) && status >= 300 && status < 400;
+  if (status < 200 || (isRedirect && transfer.followsRedirects())) {
     return size;  // An interim answer: the head is still to come.
   }
   {
@@ -253,6 +268,8 @@ std::string CurlTransfer::describe(CURLcode result) const {
     case CURLE_HTTP2:
     case CURLE_HTTP2_STREAM:
       return "The connection to the server was lost: " + detail;
+    case CURLE_UNSUPPORTED_PROTOCOL:
+      return followsRedirects() ? "The server redirects to an address that is not https." : detail;
     case CURLE_PEER_FAILED_VERIFICATION:
       return "The server's certificate is not trusted: " + detail;
     default:

@@ -64,6 +64,7 @@ private:
 
   template <typename Take>
   void wait(const std::stop_token &token, Take take);
+  bool followsRedirects() const { return request_.redirects == Redirects::HTTPSOnly; }
   std::string describe(CURLcode result) const;
 
   const HTTPRequest request_;
@@ -86,6 +87,7 @@ private:
   std::array<char, CURL_ERROR_SIZE> errorText_{};
   std::size_t uploaded_ = 0;
   bool awaitsReader_ = false;
+  bool namesLocation_ = false;  // the head that is being read
   TimePoint lastActivity_;
 };
 

@@ -36,4 +36,9 @@ std::filesystem::path configurationFolder() {
   return configured ? *configured : homeFolder() / ".config";
 }
 
+std::filesystem::path cacheFolder() {
+  const auto configured = absolutePathFromEnvironment("XDG_CACHE_HOME");
+  return configured ? *configured : homeFolder() / ".cache";
+}
+
 }  // namespace lumiwren

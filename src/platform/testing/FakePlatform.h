@@ -21,6 +21,8 @@
 #include "platform/testing/FakeUserDefaults.h"
 #include "platform/testing/FakeWorkspace.h"
 
+#include <memory>
+
 namespace lumiwren::testing {
 
 /// Every fake at once.
@@ -43,8 +45,10 @@ public:
   FakeTextRecognizer &textRecognizer() override { return textRecognizer_; }
   FakeChildProcesses &childProcesses() override { return childProcesses_; }
   FakeWorkspace &workspace() override { return workspace_; }
-  FakeUpdater &updater() override { return updater_; }
   FakeBundle &bundle() override { return bundle_; }
+  std::unique_ptr<Updater> makeUpdater(UpdateUserDriver & /*driver*/) override {
+    return std::make_unique<FakeUpdater>();
+  }
 
 private:
   FakeEventMonitors eventMonitors_;
@@ -64,7 +68,6 @@ private:
   FakeTextRecognizer textRecognizer_;
   FakeChildProcesses childProcesses_;
   FakeWorkspace workspace_;
-  FakeUpdater updater_;
   FakeBundle bundle_;
 };
 

@@ -116,5 +116,40 @@ TEST(CurlHTTPClientTLS, AStreamCutOffWithoutAFarewellIsLost) {
   EXPECT_TRUE(error.starts_with("The connection to the server was lost: ")) << error;
 }
 
+TEST(CurlHTTPClientTLS, FollowsRedirectsOverHTTPSOnlyForWhoWantsThat) {
+  const TestCertificate certificate;
+  HTTPTestServer plain([](Connection &connection) { connection.respond(200, "plain"); });
+  HTTPTestServer server(
+      [&](Connection &connection) {
+        const auto &target = connection.request().target;
+        if (target == "/there") {
+          connection.respond(200, "there");
+        } else if (target == "/unnamed") {
+          connection.respond(302, "nowhere");
+        } else {
+          connection.respond(
+              301, "moved", target == "/away" ? "location: /there\r\n" : "Location: " + plain.url() + "\r\n");
+        }
+      },
+      certificate.serverContext());
+  CurlHTTPClient client(certificate.authorityDirectory());
+  const auto get = [&](const std::string &url, Redirects redirects) {
+    HTTPRequest request;
+    request.method = "GET";
+    request.url = url;
+    request.redirects = redirects;
+    const auto response = client.send(request, {});
+    return std::to_string(response->status()) + " " + readAll(*response);
+  };
+
+  EXPECT_EQ(get(server.url("/away"), Redirects::NotFollowed), "301 moved");
+  EXPECT_EQ(get(server.url("/away"), Redirects::HTTPSOnly), "200 there");
+  EXPECT_EQ(get(server.url("/unnamed"), Redirects::HTTPSOnly), "302 nowhere");
+  EXPECT_EQ(transportError([&] { get(server.url("/plain"), Redirects::HTTPSOnly); }),
+            "The server redirects to an address that is not https.");
+  EXPECT_NE(transportError([&] { get(plain.url(), Redirects::HTTPSOnly); }), "");
+  EXPECT_TRUE(plain.requests().empty());
+}
+
 }  // namespace
 }  // namespace lumiwren::testing

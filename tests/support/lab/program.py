@@ -69,20 +69,21 @@ class Panel(Window):
 class Lumiwren:
     """The running program, ready for use. Measurements do without accessibility, which has its own costs."""
 
-    def __init__(self, desktop, service=None, accessible=True, **environment):
+    def __init__(self, desktop, service=None, accessible=True, program=None, **environment):
         self.desktop = desktop
         if service is not None:
             environment.setdefault("OPENAI_BASE_URL", service.url)
         if accessible:
             environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
         self.mark = f"{desktop.mark}-program{next(_numbers)}"
-        self.process = desktop.launch([binary()], mark=self.mark, **environment)
+        self.process = desktop.launch([program or binary()], mark=self.mark, **environment)
         self.panel = Panel(self)
         self.menu = Window(self, "Lumiwren menu")
         self.actions = Window(self, "Actions")
         self.api_key = Window(self, "OpenAI API Key")
         self.welcome = Window(self, "Welcome to Lumiwren")
         self.about = Window(self, "About Lumiwren")
+        self.update = Window(self, "Software Update")
         # Whoever answers has been set up: both are answered by the main loop.
         if accessible:
             self._wait_accessible()

@@ -12,6 +12,7 @@
 #include "platform/linux/session/DesktopWorkspace.h"
 #include "platform/linux/session/LocalEventMonitors.h"
 #include "platform/linux/session/UnavailableSession.h"
+#include "platform/linux/updates/StandardUpdater.h"
 #include "platform/linux/x11/X11Session.h"
 
 #include <QCoreApplication>
@@ -84,7 +85,8 @@ private:
 
 class LinuxPlatform : public Platform {
 public:
-  explicit LinuxPlatform(MainQueue &mainQueue) : x11_(makeX11Session(mainQueue, userDefaults_)) {}
+  explicit LinuxPlatform(MainQueue &mainQueue)
+      : mainQueue_(mainQueue), x11_(makeX11Session(mainQueue, userDefaults_)) {}
 
   EventMonitors &eventMonitors() override { return eventMonitors_; }
   Pasteboard &pasteboard() override { return x11_ ? x11_->pasteboard() : unavailable_.pasteboard; }
@@ -117,10 +119,14 @@ public:
   }
   ChildProcesses &childProcesses() override { return childProcesses_; }
   Workspace &workspace() override { return workspace_; }
-  Updater &updater() override { return unavailable_.updater; }
   const Bundle &bundle() override { return bundle_; }
+  std::unique_ptr<Updater> makeUpdater(UpdateUserDriver &driver) override {
+    return std::make_unique<StandardUpdater>(
+        StandardUpdater::Services{bundle_, httpClient_, userDefaults_, workspace_, mainQueue_}, driver);
+  }
 
 private:
+  MainQueue &mainQueue_;
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
   CurlHTTPClient httpClient_;
   LibsecretSecretStore secretStore_;
@@ -141,7 +147,6 @@ private:
     UnavailablePanelWindows panelWindows;
     UnavailableApplicationWindows applicationWindows;
     UnavailableScreenRecording screenRecording;
-    UnavailableUpdater updater;
   } unavailable_;
 };
 

@@ -7,7 +7,6 @@
 #include "platform/ScreenRecording.h"
 #include "platform/Screens.h"
 #include "platform/SelectionCopy.h"
-#include "platform/Updater.h"
 
 namespace lumiwren {
 
@@ -53,13 +52,6 @@ class UnavailableApplicationWindows : public ApplicationWindows {
 public:
   void activate(NativeWindow) override {}
   void setFloating(NativeWindow) override {}
-};
-
-/// An installation that knows no address to look for new versions at.
-class UnavailableUpdater : public Updater {
-public:
-  bool canCheckForUpdates() override { return false; }
-  void checkForUpdates() override {}
 };
 
 class UnavailableScreenRecording : public ScreenRecording {
