@@ -40,6 +40,7 @@ std::filesystem::path JSONUserDefaults::defaultFile() {
 }
 
 JSONUserDefaults::JSONUserDefaults(std::filesystem::path file) : file_(std::move(file)) {
+  removeLeftovers(linkTarget(file_));
   load();
 }
 

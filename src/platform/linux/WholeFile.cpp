@@ -51,6 +51,12 @@ std::filesystem::path folderOf(const std::filesystem::path &file) {
   return file.has_parent_path() ? file.parent_path() : ".";
 }
 
+constexpr std::string_view uniquePart = "XXXXXX";  // as mkostemp() wants it
+
+std::string leftoverPrefix(const std::filesystem::path &file) {
+  return "." + file.filename().string() + ".";
+}
+
 void writeAll(const FileDescriptor &file, std::string_view content) {
   while (!content.empty()) {
     content.remove_prefix(checked([&] { return ::write(file.get(), content.data(), content.size()); }));
@@ -80,9 +86,22 @@ WholeFile readWhole(const std::filesystem::path &file, const std::optional<FileV
   }
 }
 
+void removeLeftovers(const std::filesystem::path &file) {
+  const std::string prefix = leftoverPrefix(file);
+  std::error_code ignored;
+  for (std::filesystem::directory_iterator each(folderOf(file), ignored), end; each != end;
+       each.increment(ignored)) {
+    const std::string name = each->path().filename().string();
+    if (name.starts_with(prefix) && name.size() == prefix.size() + uniquePart.size() &&
+        std::filesystem::is_regular_file(each->symlink_status(ignored))) {
+      std::filesystem::remove(each->path(), ignored);
+    }
+  }
+}
+
 FileVersion writeWhole(const std::filesystem::path &file, std::string_view content) {
   const auto folder = folderOf(file);
-  auto temporary = (folder / ("." + file.filename().string() + ".XXXXXX")).string();
+  auto temporary = (folder / (leftoverPrefix(file) + std::string(uniquePart))).string();
   const FileDescriptor opened(static_cast<int>(
       checked([&] { return ::mkostemp(temporary.data(), O_CLOEXEC); })));  // for the user only
   FileVersion version{};

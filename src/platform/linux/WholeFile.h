@@ -34,6 +34,9 @@ WholeFile readWhole(const std::filesystem::path &file, const std::optional<FileV
 /// link is replaced, not followed: see linkTarget().
 FileVersion writeWhole(const std::filesystem::path &file, std::string_view content);
 
+/// Removes what a process that was killed while it wrote `file` has left beside it. Nobody may be writing it.
+void removeLeftovers(const std::filesystem::path &file);
+
 /// Where a symbolic link leads in the end, whether or not something is there; `file` itself when it is no
 /// link or its links go in circles.
 std::filesystem::path linkTarget(const std::filesystem::path &file);

@@ -136,6 +136,15 @@ TEST_F(JSONUserDefaultsTest, NothingButTheFileStaysInTheFolder) {
   EXPECT_THAT(namesIn(folder()), ElementsAre("defaults.json"));
 }
 
+TEST_F(JSONUserDefaultsTest, WhatAProcessLeftThatWasKilledWhileItWroteIsRemovedAtTheNextStart) {
+  writeTo(file(), "{}");
+  writeTo(folder() / ".defaults.json.figcJo", "{ half a");
+  writeTo(folder() / ".defaults.json.swp", "an editor's");
+  writeTo(folder() / ".other.json.figcJo", "somebody else's");
+  JSONUserDefaults defaults(file());
+  EXPECT_THAT(namesIn(folder()), ElementsAre(".defaults.json.swp", ".other.json.figcJo", "defaults.json"));
+}
+
 TEST_F(JSONUserDefaultsTest, ForeignKeysValuesAndTheirOrderAreKept) {
   writeTo(file(), R"({"zeta": {"b": [1, 2.5, null], "a": "é"}, "flag": "not a boolean", "alpha": []})");
   JSONUserDefaults defaults(file());
