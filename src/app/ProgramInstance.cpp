@@ -7,7 +7,6 @@
 #include <QVariantList>
 #include <QVariantMap>
 
-#include <memory>
 #include <utility>
 
 namespace lumiwren {
@@ -70,8 +69,8 @@ private:
 
 ProgramInstance::ProgramInstance(const QDBusConnection &bus) : bus_(bus) {
   // They are this object's children.
-  std::make_unique<FreedesktopApplication>(*this).release();
-  std::make_unique<ControlInterface>(*this).release();
+  new FreedesktopApplication(*this);
+  new ControlInterface(*this);
   if (bus_.isConnected()) {
     // Before the name can be seen by anybody.
     bus_.registerObject(QLatin1String(path), this, QDBusConnection::ExportAdaptors);

@@ -109,6 +109,9 @@ def test_a_key_set_while_it_runs_is_used(service, programs):
     with Desktop(keyring=False) as desktop:
         desktop.keyring = desktop.start_keyring(key=None)
         lumiwren = start_in_time(programs, desktop, service)
+        lumiwren.welcome.wait_shown().wait_focused()
+        desktop.display.press("Escape")
+        lumiwren.welcome.wait_gone()
         editor = GtkEditor(desktop, "The selected text")
         editor.select_all("The selected text")
         press_and_be_told(lumiwren, service)
