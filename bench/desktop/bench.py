@@ -184,6 +184,7 @@ def measure_menu():
         for _ in range(HOTKEY_ROUNDS + 1):
             # Without waiting for the answer, which comes when the menu is shown.
             times.append(watch.appearance(threading.Thread(target=item.activate, args=(600, 300)).start)[1])
+            lumiwren.menu.wait_focused()
             desktop.display.press("Escape")
             lumiwren.menu.wait_gone()
             wait_until(lambda: quiet(desktop), "the program to be idle")

@@ -152,7 +152,6 @@ void AppDelegate::checkAccessibilityPermission() {
 
 void AppDelegate::prepare() {
   services_.popup.prepare();
-  popover();
   services_.screenCapture.removeStaleCaptures().detach();
 }
 

@@ -3,7 +3,6 @@
 #include "platform/linux/CurlHTTPClient.h"
 #include "platform/linux/JSONBundle.h"
 #include "platform/linux/JSONUserDefaults.h"
-#include "platform/linux/LibsecretSecretStore.h"
 #include "platform/linux/SpawnedProcesses.h"
 #include "platform/linux/XDGLoginItem.h"
 #include "platform/linux/appearance/PortalDesktopAppearance.h"
@@ -11,6 +10,7 @@
 #include "platform/linux/recognition/TesseractRecognizer.h"
 #include "platform/linux/session/DesktopWorkspace.h"
 #include "platform/linux/session/LocalEventMonitors.h"
+#include "platform/linux/session/SessionSecretStore.h"
 #include "platform/linux/session/UnavailableSession.h"
 #include "platform/linux/updates/StandardUpdater.h"
 #include "platform/linux/x11/X11Session.h"
@@ -129,7 +129,7 @@ private:
   MainQueue &mainQueue_;
   JSONUserDefaults userDefaults_{JSONUserDefaults::defaultFile()};
   CurlHTTPClient httpClient_;
-  LibsecretSecretStore secretStore_;
+  SessionSecretStore secretStore_;
   XDGLoginItem loginItem_{XDGLoginItem::defaultFile(), QCoreApplication::applicationFilePath().toStdString()};
   const std::unique_ptr<X11Session> x11_;
   SessionEventMonitors eventMonitors_{x11_.get()};
@@ -157,7 +157,7 @@ std::unique_ptr<Platform> makeLinuxPlatform(MainQueue &mainQueue) {
 }
 
 std::unique_ptr<SecretStore> makeSecretStore() {
-  return std::make_unique<LibsecretSecretStore>();
+  return std::make_unique<SessionSecretStore>();
 }
 
 }  // namespace lumiwren

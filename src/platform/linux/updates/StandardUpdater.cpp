@@ -43,6 +43,12 @@ std::string feedAddress(const Bundle &bundle) {
   return isHTTPSAddress(url) ? url : "";
 }
 
+/// Without a feed nothing is verified, and the library for it need not be set up.
+std::optional<EdPublicKey> publicKey(const Bundle &bundle, const std::string &feedURL) {
+  return feedURL.empty() ? std::nullopt
+                         : EdPublicKey::fromBase64(bundle.stringForKey("SUPublicEDKey").value_or(""));
+}
+
 seconds checkInterval(const Bundle &bundle) {
   constexpr std::int64_t longestInterval = 10LL * 365 * 86'400;
   const auto stated = wholeNumber(bundle.stringForKey("SUScheduledCheckInterval"));
@@ -76,10 +82,10 @@ StandardUpdater::StandardUpdater(const Services &services, UpdateUserDriver &dri
       folder_(options_.folder),
       version_(runningVersion(services.bundle)),
       feedURL_(feedAddress(services.bundle)),
-      key_(EdPublicKey::fromBase64(services.bundle.stringForKey("SUPublicEDKey").value_or(""))),
+      key_(publicKey(services.bundle, feedURL_)),
       interval_(checkInterval(services.bundle)) {
-  folder_.clear();
   if (isConfigured()) {
+    folder_.clear();
     sleepFor(untilDue());
   }
 }

@@ -36,7 +36,7 @@ class StandardUpdater : public Updater {
 public:
   using WallClock = std::chrono::system_clock;
   struct Options {
-    /// For what is downloaded; emptied at construction.
+    /// For what is downloaded; emptied at construction where there is a feed.
     std::filesystem::path folder = defaultFolder();
     /// What a package's minimum system version is compared with.
     std::string systemVersion = kernelVersion();
