@@ -113,7 +113,7 @@ def desktop(installed):
     with Desktop() as desktop:
         installed.mount(desktop.directory)
         wrapper = desktop.directory / "lumiwren-in-root"
-        wrapper.write_text(f'#!/bin/sh\nexec chroot "{installed.path}" /usr/bin/lumiwren "$@"\n')
+        wrapper.write_text(f'#!/bin/sh\nexec /usr/sbin/chroot "{installed.path}" /usr/bin/lumiwren "$@"\n')
         wrapper.chmod(0o755)
         os.environ["LUMIWREN_BIN"] = str(wrapper)
         try:
