@@ -155,6 +155,12 @@ protected:
   /// Nothing was handed to anyone, and nothing is left.
   bool nothingWasUsed() const { return workspace.opened.empty() && files().empty(); }
 
+private:
+  // Until the server has ended.
+  std::mutex mutex_;
+  std::map<std::string, HTTPTestServer::Handler> handlers_;
+
+protected:
   const TestCertificate certificate;
   HTTPTestServer server{[this](Connection &connection) { handle(connection); }, certificate.serverContext()};
   CurlHTTPClient client{certificate.authorityDirectory()};
@@ -186,8 +192,6 @@ private:
   }
 
   std::array<unsigned char, crypto_sign_SECRETKEYBYTES> secretKey_{};
-  std::mutex mutex_;
-  std::map<std::string, HTTPTestServer::Handler> handlers_;
   std::unique_ptr<StandardUpdater> updater_;
 };
 
