@@ -285,18 +285,23 @@ def measure_capture_text():
     return [row("capture-text", "ms", ours[1:], 0.75, "tesseract with one thread, the same picture", theirs)]
 
 
-def cpu_time(pids):
-    """Nanoseconds that the processes have run so far."""
-    return sum(int(schedstat.read_text().split()[0]) for pid in pids
-               for schedstat in pathlib.Path(f"/proc/{pid}/task").glob("*/schedstat"))
+def cpu_times(pids):
+    """Nanoseconds that each thread of the processes has run so far."""
+    return {schedstat: int(schedstat.read_text().split()[0]) for pid in pids
+            for schedstat in pathlib.Path(f"/proc/{pid}/task").glob("*/schedstat")}
+
+
+def gained(before, after):
+    """The sum over all threads that are there after; one that has ended takes what it had along."""
+    return sum(value - before.get(thread, 0) for thread, value in after.items())
 
 
 def quiet(desktop):
     """Whether none of the desktop's programs runs for a tenth of a second."""
     pids = [pid for pid, _ in leftovers(desktop.mark)]
-    before = cpu_time(pids)
+    before = cpu_times(pids)
     time.sleep(0.1)
-    return cpu_time(pids) - before < 2_000_000
+    return gained(before, cpu_times(pids)) < 2_000_000
 
 
 def measure_wire():
@@ -327,19 +332,19 @@ def resident(processes):
                if line.startswith("VmRSS:")) / 1024
 
 
-def wake_ups(processes):
-    return sum(int(line.split()[1]) for pid, _ in processes
-               for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
-               for line in status.read_text().splitlines() if line.startswith("voluntary_ctxt_switches:"))
+def wake_ups(pids):
+    """How often each thread of the processes has slept so far."""
+    return {status: int(line.split()[1]) for pid in pids
+            for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
+            for line in status.read_text().splitlines() if line.startswith("voluntary_ctxt_switches:")}
 
 
 def idle(lumiwren):
     """Wake-ups and milliseconds of CPU time of the program while nobody does anything."""
-    processes = lumiwren.processes()
-    pids = [pid for pid, _ in processes]
-    woken, run = wake_ups(processes), cpu_time(pids)
+    pids = [pid for pid, _ in lumiwren.processes()]
+    woken, run = wake_ups(pids), cpu_times(pids)
     time.sleep(IDLE_SECONDS)
-    return wake_ups(processes) - woken, (cpu_time(pids) - run) / 1e6
+    return gained(woken, wake_ups(pids)), gained(run, cpu_times(pids)) / 1e6
 
 
 def measure_rest(rows):
