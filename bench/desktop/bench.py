@@ -156,6 +156,7 @@ def measure_hotkey():
         # Over the bare screen, where everything that is drawn is a difference.
         desktop.display.move(660, 320)
         watch = WindowWatch(desktop.display)
+        wait_until(lambda: quiet(desktop), "both programs to listen to their hotkeys")
         for number in range(HOTKEY_ROUNDS + 1):
             for times, keys in ((ours, ("Alt", "Shift", "e")), (theirs, ("Control", "F12"))):
                 appearance = watch.appearance(lambda: desktop.display.press(*keys))

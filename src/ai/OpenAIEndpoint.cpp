@@ -1,5 +1,6 @@
 #include "ai/OpenAIEndpoint.h"
 
+#include "base/ASCII.h"
 #include "base/Unicode.h"
 
 #include <arpa/inet.h>
@@ -31,13 +32,11 @@ bool isLoopback(const std::string &host, bool isIPv6) {
 }
 
 bool isHostCharacter(char character) {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-         (character >= '0' && character <= '9') || character == '-' || character == '.' || character == '_';
+  return ascii::isAlphanumeric(character) || character == '-' || character == '.' || character == '_';
 }
 
 bool isPort(std::string_view text) {
-  return !text.empty() && text.size() <= 5 &&
-         std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }) &&
+  return !text.empty() && text.size() <= 5 && std::all_of(text.begin(), text.end(), ascii::isDigit) &&
          std::atoi(std::string(text).c_str()) <= 65535;
 }
 

@@ -1,9 +1,13 @@
 #include "ai/OpenAIStreamResponse.h"
 
+#include <simdjson.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace lumiwren {
@@ -37,22 +41,24 @@ public:
         choice().delta.reset();
         break;
       default:
-        if (auto *const text = textField()) {
-          text->reset();
+        if (auto *const field = textField()) {
+          field->reset();
         }
     }
     return true;
   }
 
-  bool string(string_t &value) override {
-    if (ignoredDepth_ > 0 || isUnknownMember()) {
+  bool string(string_t &value) override { return text(value); }
+
+  bool text(std::string_view value) {
+    if (isIgnoring()) {
       return true;
     }
-    auto *const text = textField();
-    if (text == nullptr) {
+    auto *const field = textField();
+    if (field == nullptr) {
       return false;
     }
-    *text = value;
+    field->emplace(value);
     return true;
   }
 
@@ -71,11 +77,11 @@ public:
     return number(isWhole ? std::optional(static_cast<std::int64_t>(value)) : std::nullopt);
   }
 
-  bool boolean(bool) override { return ignoredDepth_ > 0 || isUnknownMember(); }
+  bool boolean(bool) override { return isIgnoring(); }
   bool binary(binary_t &) override { return false; }
 
   bool start_object(std::size_t) override {
-    if (ignoredDepth_ > 0 || isUnknownMember()) {
+    if (isIgnoring()) {
       ++ignoredDepth_;
       return true;
     }
@@ -96,7 +102,9 @@ public:
     return false;
   }
 
-  bool key(string_t &name) override {
+  bool key(string_t &name) override { return member(name); }
+
+  bool member(std::string_view name) {
     if (ignoredDepth_ == 0) {
       field_ = fieldOf(level_, name);
     }
@@ -113,7 +121,7 @@ public:
   }
 
   bool start_array(std::size_t) override {
-    if (ignoredDepth_ > 0 || isUnknownMember()) {
+    if (isIgnoring()) {
       ++ignoredDepth_;
       return true;
     }
@@ -130,6 +138,9 @@ public:
   bool parse_error(std::size_t, const std::string &, const nlohmann::json::exception &) override {
     return false;
   }
+
+  /// Whether what comes next belongs to an unknown key, and is of no use.
+  bool isIgnoring() const { return ignoredDepth_ > 0 || isUnknownMember(); }
 
 private:
   /// Each is found directly inside the one before it.
@@ -200,7 +211,7 @@ private:
 
   /// `value` is empty for a number that is no signed 64-bit integer.
   bool number(std::optional<std::int64_t> value) {
-    if (ignoredDepth_ > 0 || isUnknownMember()) {
+    if (isIgnoring()) {
       return true;
     }
     if (level_ == Level::Document || level_ == Level::Choices || !value) {
@@ -222,11 +233,62 @@ private:
   std::size_t ignoredDepth_ = 0;  // how deep inside the value of an unknown key
 };
 
+using Element = simdjson::dom::element;
+using ElementType = simdjson::dom::element_type;
+
+/// Tells the reader of a value as a parser would that comes upon it. False when the reader ends it.
+bool tell(ChunkReader &reader, const Element &value);
+
+bool tellArray(ChunkReader &reader, const simdjson::dom::array &array) {
+  return reader.start_array(0) &&
+         std::all_of(array.begin(), array.end(), [&](const Element &value) { return tell(reader, value); }) &&
+         reader.end_array();
+}
+
+bool tellObject(ChunkReader &reader, const simdjson::dom::object &object) {
+  return reader.start_object(0) &&
+         std::all_of(object.begin(), object.end(),
+                     [&](const simdjson::dom::key_value_pair &each) {
+                       return reader.member(each.key) && tell(reader, each.value);
+                     }) &&
+         reader.end_object();
+}
+
+bool tell(ChunkReader &reader, const Element &value) {
+  if (reader.isIgnoring()) {
+    return true;
+  }
+  switch (value.type()) {
+    case ElementType::ARRAY:
+      return tellArray(reader, simdjson::dom::array(value));
+    case ElementType::OBJECT:
+      return tellObject(reader, simdjson::dom::object(value));
+    case ElementType::INT64:
+      return reader.number_integer(std::int64_t(value));
+    case ElementType::UINT64:
+      return reader.number_unsigned(std::uint64_t(value));
+    case ElementType::DOUBLE:
+      return reader.number_float(double(value), ".");  // Only a number that says so is one.
+    case ElementType::STRING:
+      return reader.text(std::string_view(value));
+    case ElementType::BOOL:
+      return reader.boolean(bool(value));
+    case ElementType::NULL_VALUE:
+      return reader.null();
+  }
+  return false;
+}
+
 }  // namespace
 
 std::optional<OpenAIStreamResponse> OpenAIStreamResponse::decode(std::string_view json) {
   ChunkReader reader;
-  if (!nlohmann::json::sax_parse(json, &reader)) {
+  thread_local simdjson::dom::parser parser;  // keeps its memory from one chunk to the next
+  Element document;
+  // A quarter of the other parser's time for what is nearly always sent. It does not take numbers beyond 64
+  // bits and very deep nesting, which may stand in what is ignored.
+  const bool isTaken = parser.parse(json.data(), json.size()).get(document) == simdjson::SUCCESS;
+  if (!(isTaken ? tell(reader, document) : nlohmann::json::sax_parse(json, &reader))) {
     return std::nullopt;
   }
   return std::move(reader.chunk);

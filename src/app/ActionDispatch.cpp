@@ -136,6 +136,8 @@ void ActionDispatch::triggerActionWithText(const CustomAction &action) {
   }
   currentStreamingTask_ = Task();
   services_.popup.show("Getting text...", std::nullopt, true, std::nullopt);
+  // While the text is copied, and after the panel, which is waited for.
+  platform.httpClient().prepare();
   currentStreamingTask_ = startStreaming(services_, action, [&platform](const std::stop_token &token) {
     ClipboardManager clipboard(platform.accessibilityTrust(), platform.pasteboard(),
                                platform.selectionCopy());
@@ -157,6 +159,7 @@ void ActionDispatch::triggerActionWithOCR(const CustomAction &action) {
       });
   // While the user draws.
   services_.platform.textRecognizer().prepare();
+  services_.platform.httpClient().prepare();
 }
 
 void ActionDispatch::recognize(const CustomAction &action, const Image &image) {

@@ -22,6 +22,9 @@ constexpr std::chrono::milliseconds preparationDelay{100};
 constexpr std::chrono::milliseconds menuClosingDelay{100};
 // A click on the status item closes the menu when it is pressed; the tray tells of it when it is released.
 constexpr std::chrono::milliseconds clickDuration{500};
+// The press that opens the menu may be told after the tray has told of the click; until then no press closes
+// it.
+constexpr std::chrono::milliseconds latePress{100};
 constexpr QSize popoverSize(220, 220);
 
 }  // namespace
@@ -65,6 +68,7 @@ void AppDelegate::showPopover(QPoint anchor) {
   menuBarView_->prepare();
   checkAPIKey([this](bool hasKey) { menuBarView_->setHasAPIKey(hasKey); });
   popover_->showAt(anchor);
+  setFor(latePress, &AppDelegate::hasJustBeenShown_);
 }
 
 std::function<void()> AppDelegate::actionNamed(const QString &nameOrIdentifier) {
@@ -105,24 +109,24 @@ QString AppDelegate::actionList() const {
 }
 
 void AppDelegate::setupMenuBar() {
-  statusItem_.emplace(bus_, [this](QPoint anchor) { togglePopover(anchor); });
+  statusItem_.emplace(
+      bus_, [this](QPoint anchor) { togglePopover(anchor); }, [this] { showStatusMenu(); });
   showStatusMenu();
   actionsObservation_ = services_.actions.actionsChanged.observe([this] { showStatusMenu(); });
   launchAtLoginObservation_ = services_.launchAtLogin.observe([this] { showStatusMenu(); });
   eventMonitor_ = services_.platform.eventMonitors().addGlobalMonitor(
       eventMask::leftMouseDown | eventMask::rightMouseDown, [weak = anchor_.weak()](const InputEvent &) {
-        if (auto *const self = weak.get(); self && self->popover_ && self->popover_->isShown()) {
-          self->popover_->performClose();
-          self->notePopoverDismissed();
+        if (auto *const self = weak.get(); self && self->popover_ && !self->hasJustBeenShown_) {
+          self->popover_->dismiss();
         }
       });
 }
 
-void AppDelegate::notePopoverDismissed() {
-  hasJustBeenDismissed_ = true;
-  services_.mainQueue.postAfter(clickDuration, [weak = anchor_.weak()] {
+void AppDelegate::setFor(std::chrono::milliseconds duration, bool AppDelegate::*flag) {
+  this->*flag = true;
+  services_.mainQueue.postAfter(duration, [weak = anchor_.weak(), flag] {
     if (auto *const self = weak.get()) {
-      self->hasJustBeenDismissed_ = false;
+      self->*flag = false;
     }
   });
 }
@@ -160,7 +164,8 @@ Popover &AppDelegate::popover() {
     menuBarView_ =
         new MenuBarView(services_.launchAtLogin, services_.actions, services_.updates, menuCallbacks());
     popover_ = std::make_unique<Popover>(menuBarView_, popoverSize, services_.platform.panelWindows());
-    QObject::connect(popover_.get(), &Popover::dismissed, popover_.get(), [this] { notePopoverDismissed(); });
+    QObject::connect(popover_.get(), &Popover::dismissed, popover_.get(),
+                     [this] { setFor(clickDuration, &AppDelegate::hasJustBeenDismissed_); });
   }
   return *popover_;
 }

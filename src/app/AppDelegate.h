@@ -57,7 +57,7 @@ private:
   void checkAccessibilityPermission();
   void prepare();
   Popover &popover();
-  void notePopoverDismissed();
+  void setFor(std::chrono::milliseconds duration, bool AppDelegate::*flag);
   MenuBarView::Callbacks menuCallbacks();
   void showStatusMenu();
   /// Calls `checked` on the main thread when it is known whether a key is stored.
@@ -75,7 +75,9 @@ private:
   std::optional<StatusItem> statusItem_;
   MenuBarView *menuBarView_ = nullptr;  // the popover's
   std::unique_ptr<Popover> popover_;
-  bool hasJustBeenDismissed_ = false;  // the popover, perhaps by the click that is about to be told
+  // Of the popover. The tray and the display server tell of one click each in its own time.
+  bool hasJustBeenShown_ = false;      // perhaps by the click of which the press is about to be told
+  bool hasJustBeenDismissed_ = false;  // perhaps by the press of the click that is about to be told
   Handle eventMonitor_;
   Handle actionsObservation_;
   Handle launchAtLoginObservation_;

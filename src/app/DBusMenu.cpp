@@ -71,7 +71,8 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, DBusMenuEvent &ev
   return argument;
 }
 
-DBusMenu::DBusMenu(QDBusConnection bus, const QString &path) {
+DBusMenu::DBusMenu(QDBusConnection bus, const QString &path, std::function<void()> aboutToShow)
+    : aboutToShow_(std::move(aboutToShow)) {
   qDBusRegisterMetaType<DBusMenuItem>();
   qDBusRegisterMetaType<QList<DBusMenuItem>>();
   qDBusRegisterMetaType<DBusMenuLayout>();
@@ -83,8 +84,13 @@ DBusMenu::DBusMenu(QDBusConnection bus, const QString &path) {
 }
 
 void DBusMenu::setEntries(std::vector<MenuEntry> entries) {
+  const bool looksDifferent =
+      !std::equal(entries_.begin(), entries_.end(), entries.begin(), entries.end(),
+                  [](const MenuEntry &one, const MenuEntry &other) { return one.looksLike(other); });
   entries_ = std::move(entries);
-  Q_EMIT LayoutUpdated(++revision_, rootId);
+  if (looksDifferent) {
+    Q_EMIT LayoutUpdated(++revision_, rootId);
+  }
 }
 
 QString DBusMenu::textDirection() const {
@@ -154,12 +160,18 @@ bool DBusMenu::AboutToShow(int id) {
   if (!has(id)) {
     refuse(id);
   }
-  return false;
+  return id == rootId && prepare();
 }
 
 QList<int> DBusMenu::AboutToShowGroup(const QList<int> &ids, QList<int> &idErrors) {
   std::copy_if(ids.begin(), ids.end(), std::back_inserter(idErrors), [this](int id) { return !has(id); });
-  return {};
+  return ids.contains(rootId) && prepare() ? QList<int>{rootId} : QList<int>();
+}
+
+bool DBusMenu::prepare() {
+  const uint before = revision_;
+  aboutToShow_();
+  return revision_ != before;
 }
 
 const MenuEntry *DBusMenu::entry(int id) const {

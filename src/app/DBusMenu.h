@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <functional>
 #include <vector>
 
 class QDBusArgument;
@@ -55,10 +56,11 @@ class DBusMenu : public QObject, protected QDBusContext {
   Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 
 public:
-  /// Is on `bus` at `path` for as long as it lives.
-  DBusMenu(QDBusConnection bus, const QString &path);
+  /// Is on `bus` at `path` for as long as it lives. `aboutToShow` may set other entries for the showing that
+  /// is announced; panels that announce none show what was set before.
+  DBusMenu(QDBusConnection bus, const QString &path, std::function<void()> aboutToShow);
 
-  /// Takes the place of all entries there were.
+  /// Takes the place of all entries there were. Panels are told when it looks different.
   void setEntries(std::vector<MenuEntry> entries);
 
   uint version() const { return 3; }
@@ -87,6 +89,10 @@ private:
   void handle(int id, const QString &eventType);
   void refuse(int id) const;
 
+  /// Whether the entries look different from before.
+  bool prepare();
+
+  const std::function<void()> aboutToShow_;
   std::vector<MenuEntry> entries_;
   uint revision_ = 0;
 };

@@ -15,6 +15,11 @@ struct MenuEntry {
   bool enabled = true;
   bool separator = false;            // a line; of the other members only the id counts
   std::optional<bool> checked = {};  // no check mark, not even an empty one, without a value
+
+  bool looksLike(const MenuEntry &other) const {
+    return id == other.id && label == other.label && enabled == other.enabled &&
+           separator == other.separator && checked == other.checked;
+  }
 };
 
 }  // namespace lumiwren

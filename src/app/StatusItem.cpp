@@ -1,42 +1,34 @@
 #include "app/StatusItem.h"
 
+#include "ui/DesktopGeometry.h"
+
 #include <QAction>
 #include <QCursor>
-#include <QGuiApplication>
 #include <QIcon>
-#include <QScreen>
 
 #include <utility>
 
 namespace lumiwren {
 namespace {
 
-/// Where a panel's position is on Qt's desktop, on which each screen is smaller by its scale factor but
-/// begins at the same point.
+/// What a tray says of a click, in pixels; trays that know no place say nothing.
 QPoint onDesktop(QPoint position) {
-  if (position.isNull()) {
-    return QCursor::pos();
-  }
-  for (const QScreen *screen : QGuiApplication::screens()) {
-    const QPoint origin = screen->geometry().topLeft();
-    const qreal scale = screen->devicePixelRatio();
-    if (QRect(origin, screen->geometry().size() * scale).contains(position)) {
-      return origin + (position - origin) / scale;
-    }
-  }
-  return position;
+  return position.isNull() ? QCursor::pos() : toolkitPositionOfPixel(position);
 }
 
 }  // namespace
 
-StatusItem::StatusItem(const QDBusConnection &bus, std::function<void(QPoint)> onActivate)
+StatusItem::StatusItem(const QDBusConnection &bus, std::function<void(QPoint)> onActivate,
+                       std::function<void()> menuAboutToShow)
     : onActivate_(std::move(onActivate)),
       bus_(bus),
-      busMenu_(bus_, QStringLiteral("/MenuBar")),
+      busMenu_(bus_, QStringLiteral("/MenuBar"), menuAboutToShow),
       item_(bus_, QStringLiteral("/MenuBar"),
             {.activate = [this](QPoint position) { onActivate_(onDesktop(position)); },
              .showMenu = [this](QPoint position) { menu_.popup(onDesktop(position)); },
-             .registered = [this](bool registered) { showFallback(!registered); }}) {}
+             .registered = [this](bool registered) { showFallback(!registered); }}) {
+  QObject::connect(&menu_, &QMenu::aboutToShow, &busMenu_, std::move(menuAboutToShow));
+}
 
 StatusItem::~StatusItem() {
   QDBusConnection::disconnectFromBus(bus_.name());

@@ -21,8 +21,10 @@ namespace lumiwren {
 class StatusItem {
 public:
   /// `onActivate` gets where the icon was chosen, in Qt's coordinates of the desktop.
+  /// `menuAboutToShow` may set other entries for the showing that comes.
   /// `bus` is a connection that ends with this object, because panels drop the item when its connection ends.
-  StatusItem(const QDBusConnection &bus, std::function<void(QPoint)> onActivate);
+  StatusItem(const QDBusConnection &bus, std::function<void(QPoint)> onActivate,
+             std::function<void()> menuAboutToShow);
   StatusItem(const StatusItem &) = delete;
   StatusItem &operator=(const StatusItem &) = delete;
   ~StatusItem();

@@ -1,5 +1,7 @@
 #include "base/Unicode.h"
 
+#include "base/ASCII.h"
+
 #include <utf8proc.h>
 
 #include <array>
@@ -78,14 +80,14 @@ bool isValidUTF8(std::string_view text) {
 
 bool isDecimalDigit(char32_t character) {
   if (character < 0x80) {
-    return character >= '0' && character <= '9';
+    return ascii::isDigit(static_cast<char>(character));
   }
   return utf8proc_category(static_cast<utf8proc_int32_t>(character)) == UTF8PROC_CATEGORY_ND;
 }
 
 bool isWhitespace(char32_t character) {
   if (character < 0x80) {
-    return character == ' ' || (character >= '\t' && character <= '\r');
+    return ascii::isSpace(static_cast<char>(character));
   }
   if (character == 0x85) {
     return true;

@@ -1,5 +1,7 @@
 #include "markdown/InlineScanners.h"
 
+#include "base/ASCII.h"
+
 #include <utf8proc.h>
 
 #include <algorithm>
@@ -13,15 +15,6 @@ constexpr std::size_t deepestParentheses = 32;
 constexpr std::size_t longestScheme = 32;
 constexpr std::size_t longestDomainLabel = 63;
 
-constexpr bool isLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-constexpr bool isAlphanumeric(char c) {
-  return isLetter(c) || (c >= '0' && c <= '9');
-}
-constexpr bool isSpace(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
 constexpr bool isControlOrSpace(char c) {
   return static_cast<unsigned char>(c) <= 0x20;
 }
@@ -44,9 +37,9 @@ bool isEscape(std::string_view text, std::size_t at) {
 
 /// Behind a domain label that begins at `at`; `at` itself where there is none.
 std::size_t domainLabelEnd(std::string_view text, std::size_t at) {
-  const auto end = skipWhile(text, at, [](char c) { return isAlphanumeric(c) || c == '-'; });
-  const bool isLabel =
-      end > at && end - at <= longestDomainLabel && isAlphanumeric(text[at]) && isAlphanumeric(text[end - 1]);
+  const auto end = skipWhile(text, at, [](char c) { return ascii::isAlphanumeric(c) || c == '-'; });
+  const bool isLabel = end > at && end - at <= longestDomainLabel && ascii::isAlphanumeric(text[at]) &&
+                       ascii::isAlphanumeric(text[end - 1]);
   return isLabel ? end : at;
 }
 
@@ -78,7 +71,7 @@ std::optional<std::string_view> scanDestination(std::string_view text, std::size
         break;
       }
       --depth;
-    } else if (isSpace(text[at])) {
+    } else if (ascii::isSpace(text[at])) {
       break;
     }
   }
@@ -147,11 +140,11 @@ Flanking flanking(char delimiter, CharacterClass before, CharacterClass after) {
 
 std::string_view scanURIAutolink(std::string_view text, std::size_t offset) {
   const auto begin = offset + 1;
-  if (begin == text.size() || !isLetter(text[begin])) {
+  if (begin == text.size() || !ascii::isLetter(text[begin])) {
     return {};
   }
-  const auto colon =
-      skipWhile(text, begin, [](char c) { return isAlphanumeric(c) || c == '.' || c == '+' || c == '-'; });
+  const auto colon = skipWhile(
+      text, begin, [](char c) { return ascii::isAlphanumeric(c) || c == '.' || c == '+' || c == '-'; });
   if (!isAt(text, colon, ':') || colon - begin < 2 || colon - begin > longestScheme) {
     return {};
   }
@@ -163,7 +156,8 @@ std::string_view scanURIAutolink(std::string_view text, std::size_t offset) {
 std::string_view scanEmailAutolink(std::string_view text, std::size_t offset) {
   const auto begin = offset + 1;
   auto at = skipWhile(text, begin, [](char c) {
-    return isAlphanumeric(c) || std::string_view(".!#$%&'*+/=?^_`{|}~-").find(c) != std::string_view::npos;
+    return ascii::isAlphanumeric(c) ||
+           std::string_view(".!#$%&'*+/=?^_`{|}~-").find(c) != std::string_view::npos;
   });
   if (at == begin || !isAt(text, at, '@')) {
     return {};
@@ -182,15 +176,15 @@ std::optional<LinkTarget> scanLinkTarget(std::string_view text, std::size_t offs
   if (!isAt(text, offset, '(')) {
     return std::nullopt;
   }
-  const auto begin = skipWhile(text, offset + 1, isSpace);
+  const auto begin = skipWhile(text, offset + 1, ascii::isSpace);
   const auto destination = scanDestination(text, begin);
   if (!destination) {
     return std::nullopt;
   }
   auto end = begin + destination->size();
-  const auto title = skipWhile(text, end, isSpace);
+  const auto title = skipWhile(text, end, ascii::isSpace);
   if (title > end) {
-    end = skipWhile(text, titleEnd(text, title), isSpace);
+    end = skipWhile(text, titleEnd(text, title), ascii::isSpace);
   }
   if (!isAt(text, end, ')')) {
     return std::nullopt;
@@ -228,24 +222,24 @@ std::size_t HTMLScanner::scan(std::size_t offset) {
 }
 
 std::size_t HTMLScanner::openTagEnd(std::size_t at) const {
-  if (at == text_.size() || !isLetter(text_[at])) {
+  if (at == text_.size() || !ascii::isLetter(text_[at])) {
     return 0;
   }
-  at = skipWhile(text_, at, [](char c) { return isAlphanumeric(c) || c == '-'; });
+  at = skipWhile(text_, at, [](char c) { return ascii::isAlphanumeric(c) || c == '-'; });
   for (auto next = attributeEnd(at); next > at; next = attributeEnd(at)) {
     at = next;
   }
-  at = skipWhile(text_, at, isSpace);
+  at = skipWhile(text_, at, ascii::isSpace);
   at += isAt(text_, at, '/') ? 1 : 0;
   return isAt(text_, at, '>') ? at + 1 : 0;
 }
 
 std::size_t HTMLScanner::closingTagEnd(std::size_t at) const {
-  if (at == text_.size() || !isLetter(text_[at])) {
+  if (at == text_.size() || !ascii::isLetter(text_[at])) {
     return 0;
   }
-  at = skipWhile(text_, at, [](char c) { return isAlphanumeric(c) || c == '-'; });
-  at = skipWhile(text_, at, isSpace);
+  at = skipWhile(text_, at, [](char c) { return ascii::isAlphanumeric(c) || c == '-'; });
+  at = skipWhile(text_, at, ascii::isSpace);
   return isAt(text_, at, '>') ? at + 1 : 0;
 }
 
@@ -264,7 +258,7 @@ std::size_t HTMLScanner::commentEnd(std::size_t at) const {
 
 std::size_t HTMLScanner::declarationEnd(std::size_t at) {
   const auto name = skipWhile(text_, at, [](char c) { return c >= 'A' && c <= 'Z'; });
-  if (name == at || name == text_.size() || !isSpace(text_[name])) {
+  if (name == at || name == text_.size() || !ascii::isSpace(text_[name])) {
     return 0;
   }
   return declaration_.endAfter(text_, name);
@@ -272,18 +266,19 @@ std::size_t HTMLScanner::declarationEnd(std::size_t at) {
 
 /// Behind the attribute (and the white space it needs in front) at `at`; `at` itself where there is none.
 std::size_t HTMLScanner::attributeEnd(std::size_t at) const {
-  const auto name = skipWhile(text_, at, isSpace);
+  const auto name = skipWhile(text_, at, ascii::isSpace);
   if (name == at || name == text_.size() ||
-      !(isLetter(text_[name]) || text_[name] == '_' || text_[name] == ':')) {
+      !(ascii::isLetter(text_[name]) || text_[name] == '_' || text_[name] == ':')) {
     return at;
   }
-  const auto end = skipWhile(
-      text_, name, [](char c) { return isAlphanumeric(c) || c == '_' || c == ':' || c == '.' || c == '-'; });
-  const auto equals = skipWhile(text_, end, isSpace);
+  const auto end = skipWhile(text_, name, [](char c) {
+    return ascii::isAlphanumeric(c) || c == '_' || c == ':' || c == '.' || c == '-';
+  });
+  const auto equals = skipWhile(text_, end, ascii::isSpace);
   if (!isAt(text_, equals, '=')) {
     return end;
   }
-  const auto value = skipWhile(text_, equals + 1, isSpace);
+  const auto value = skipWhile(text_, equals + 1, ascii::isSpace);
   const auto valueEnd = attributeValueEnd(value);
   return valueEnd > value ? valueEnd : end;
 }
@@ -297,7 +292,7 @@ std::size_t HTMLScanner::attributeValueEnd(std::size_t at) const {
     return quote == std::string_view::npos ? at : quote + 1;
   }
   return skipWhile(text_, at, [](char c) {
-    return !isSpace(c) && std::string_view("\"'=<>`").find(c) == std::string_view::npos;
+    return !ascii::isSpace(c) && std::string_view("\"'=<>`").find(c) == std::string_view::npos;
   });
 }
 

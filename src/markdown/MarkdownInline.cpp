@@ -1,7 +1,7 @@
 #include "markdown/MarkdownInline.h"
 
+#include "base/HTMLEntities.h"
 #include "base/Unicode.h"
-#include "markdown/HTMLEntities.h"
 #include "markdown/InlineMarker.h"
 #include "markdown/InlineScanners.h"
 

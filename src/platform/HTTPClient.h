@@ -58,6 +58,8 @@ class HTTPClient {
 public:
   virtual ~HTTPClient() = default;
 
+  /// Begins, in the background, to load what the first request needs, because there will be one soon.
+  virtual void prepare() = 0;
   /// Sends the request and waits for the response's head. Throws as HTTPResponse::read() does.
   virtual std::unique_ptr<HTTPResponse> send(const HTTPRequest &request, const std::stop_token &token) = 0;
 };

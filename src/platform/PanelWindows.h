@@ -40,6 +40,15 @@ struct WindowForm {
   friend bool operator==(const WindowForm &, const WindowForm &) = default;
 };
 
+/// A window of that size, in pixels, that draws a shadow of that breadth around what it shows. Clicks on the
+/// shadow go to what is below, but for `grip` pixels next to what is shown.
+inline WindowForm shadowedForm(int width, int height, const WindowForm::Shadow &shadow, int grip) {
+  return {.visible = {},
+          .clickable = {{shadow.left - grip, shadow.top - grip, width - shadow.left - shadow.right + 2 * grip,
+                         height - shadow.top - shadow.bottom + 2 * grip}},
+          .shadow = shadow};
+}
+
 /// What the floating panel asks of the session, for windows of this program that the window manager does not
 /// manage: those are above everything, on every desktop, and nobody but this program gives them the keyboard.
 /// Main thread; nothing here waits for another program than the display server.

@@ -16,12 +16,12 @@
 namespace lumiwren {
 namespace {
 
-constexpr int fontSize = 13;
+constexpr int followUpFontSize = 13;
 
 }  // namespace
 
 ActivatingTextField::ActivatingTextField(QWidget *parent) : QLineEdit(parent) {
-  setFont(systemFont(fontSize));
+  setFont(systemFont(followUpFontSize));
   setFrame(false);
   setTextMargins(0, 0, 0, 0);
   adaptPalette();
@@ -111,7 +111,7 @@ void ActivatingTextField::changeEvent(QEvent *event) {
   if (event->type() == QEvent::PaletteChange) {
     adaptPalette();
   } else if (event->type() == QEvent::FontChange) {
-    setFont(systemFont(fontSize));
+    setFont(systemFont(followUpFontSize));
   }
   QLineEdit::changeEvent(event);
 }

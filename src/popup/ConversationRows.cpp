@@ -14,7 +14,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int fontSize = 13;
+constexpr int rowFontSize = 13;
 
 constexpr int bubbleHorizontalPadding = 12;
 constexpr int bubbleVerticalPadding = 8;
@@ -29,7 +29,7 @@ constexpr int loadingSpacing = 8;
 
 }  // namespace
 
-UserBubble::UserBubble(QWidget *parent) : QWidget(parent), text_(new PlainTextView(fontSize, this)) {
+UserBubble::UserBubble(QWidget *parent) : QWidget(parent), text_(new PlainTextView(rowFontSize, this)) {
   text_->setAccessibleName(QStringLiteral("Question"));
 }
 
@@ -59,7 +59,7 @@ void UserBubble::paintEvent(QPaintEvent * /*event*/) {
                           bubbleRadius, bubbleRadius);
 }
 
-ErrorRow::ErrorRow(QWidget *parent) : QWidget(parent), text_(new PlainTextView(fontSize, this)) {
+ErrorRow::ErrorRow(QWidget *parent) : QWidget(parent), text_(new PlainTextView(rowFontSize, this)) {
   text_->setAccessibleName(QStringLiteral("Error"));
 }
 
@@ -92,7 +92,7 @@ void ErrorRow::paintEvent(QPaintEvent * /*event*/) {
 LoadingRow::LoadingRow(QWidget *parent) : QWidget(parent), label_(new QLabel(this)) {
   label_->setTextFormat(Qt::PlainText);
   label_->setText(QStringLiteral("Getting explanation..."));
-  label_->setFont(systemFont(fontSize));
+  label_->setFont(systemFont(rowFontSize));
   auto *const layout = new QHBoxLayout(this);
   layout->setContentsMargins(0, loadingPadding, 0, loadingPadding);
   layout->setSpacing(loadingSpacing);
@@ -107,7 +107,7 @@ void LoadingRow::changeEvent(QEvent *event) {
   if (event->type() == QEvent::PaletteChange) {
     tint();
   } else if (event->type() == QEvent::FontChange) {
-    label_->setFont(systemFont(fontSize));
+    label_->setFont(systemFont(rowFontSize));
   }
   QWidget::changeEvent(event);
 }

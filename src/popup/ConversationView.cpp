@@ -20,7 +20,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int padding = 16;
+constexpr int conversationPadding = 16;
 constexpr int rowSpacing = 12;
 constexpr int errorPadding = 8;
 constexpr std::chrono::milliseconds scrollDelay{100};
@@ -167,8 +167,8 @@ bool ConversationView::setMessages(const std::vector<ConversationMessage> &messa
 void ConversationView::arrange() {
   const int viewWidth = viewport()->width();
   // The scroll bar stands in the right padding.
-  const int rowWidth = viewWidth - 2 * padding + verticalScrollBar()->width();
-  int y = padding;
+  const int rowWidth = viewWidth - 2 * conversationPadding + verticalScrollBar()->width();
+  int y = conversationPadding;
   bool isFirst = true;
   const auto place = [&](QWidget &row) {
     if (!isFirst) {
@@ -176,7 +176,7 @@ void ConversationView::arrange() {
     }
     isFirst = false;
     const int height = row.hasHeightForWidth() ? row.heightForWidth(rowWidth) : row.sizeHint().height();
-    row.setGeometry(padding, y, rowWidth, height);
+    row.setGeometry(conversationPadding, y, rowWidth, height);
     y += height;
   };
   if (loadingRow_->isVisibleTo(content_)) {
@@ -189,7 +189,7 @@ void ConversationView::arrange() {
   if (errorRow_->isVisibleTo(content_)) {
     place(*errorRow_);
   }
-  content_->resize(viewWidth, y + padding);
+  content_->resize(viewWidth, y + conversationPadding);
 }
 
 void ConversationView::changeEvent(QEvent *event) {

@@ -32,7 +32,7 @@ constexpr int maximumOriginalText = 100;  // grapheme clusters
 constexpr std::chrono::milliseconds copiedDuration{2000};
 constexpr double materialOpacity = 0.96;
 constexpr double headerOpacity = 0.5;
-constexpr double outlineOpacity = 0.1;
+constexpr double popupOutlineOpacity = 0.1;
 constexpr int symbolPadding = 2;  // that a symbol's button adds around it, to be hit more easily
 
 /// A button in the place of its symbol: what the button is larger does not move anything else.
@@ -294,7 +294,7 @@ void ExplanationPopupView::paintEvent(QPaintEvent * /*event*/) {
   painter.fillRect(divider(header_->geometry().bottom() + 1), colors.separator);
   painter.fillRect(divider(followUpRow_->geometry().top() - 1), colors.separator);
   painter.restore();
-  painter.fillPath(outline, withOpacity(colors.primary, outlineOpacity));
+  painter.fillPath(outline, withOpacity(colors.primary, popupOutlineOpacity));
 }
 
 }  // namespace lumiwren

@@ -11,9 +11,9 @@
 namespace lumiwren {
 namespace {
 
-constexpr int horizontalPadding = 10;
+constexpr int frameHorizontalPadding = 10;
 constexpr int verticalPadding = 8;
-constexpr qreal cornerRadius = 6;
+constexpr qreal frameCornerRadius = 6;
 constexpr int fieldMargin = 2;  // the toolkit's own, on either side of a field's text
 
 }  // namespace
@@ -21,8 +21,8 @@ constexpr int fieldMargin = 2;  // the toolkit's own, on either side of a field'
 FollowUpFieldFrame::FollowUpFieldFrame(ActivatingTextField *field, QWidget *parent)
     : QWidget(parent), field_(field) {
   auto *const layout = new QHBoxLayout(this);
-  layout->setContentsMargins(horizontalPadding - fieldMargin, verticalPadding,
-                             horizontalPadding - fieldMargin, verticalPadding);
+  layout->setContentsMargins(frameHorizontalPadding - fieldMargin, verticalPadding,
+                             frameHorizontalPadding - fieldMargin, verticalPadding);
   layout->addWidget(field_);
   setCursor(Qt::IBeamCursor);
 }
@@ -32,7 +32,7 @@ void FollowUpFieldFrame::paintEvent(QPaintEvent * /*event*/) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
   painter.setBrush(SemanticColors(palette()).textBackground);
-  painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
+  painter.drawRoundedRect(rectOnPixels(painter, rect()), frameCornerRadius, frameCornerRadius);
 }
 
 void FollowUpFieldFrame::mousePressEvent(QMouseEvent *event) {

@@ -110,9 +110,10 @@ void KeyablePanel::updateForm(QSize windowSize) {
   const qreal scale = devicePixelRatioF();
   const auto pixels = [scale](int points) { return qRound(points * scale); };
   const QSize window(pixels(windowSize.width()), pixels(windowSize.height()));
-  const QMargins shadow(pixels(margins_.left()), pixels(margins_.top()), pixels(margins_.right()),
-                        pixels(margins_.bottom()));
-  auto form = isTranslucent_ ? shadowedForm(window, shadow, pixels(gripOutside))
+  const QMargins shadow = PanelShadow::marginsAt(scale);
+  auto form = isTranslucent_ ? shadowedForm(window.width(), window.height(),
+                                            {shadow.left(), shadow.top(), shadow.right(), shadow.bottom()},
+                                            pixels(gripOutside))
                              : roundedForm(window, cornerRadius * scale);
   if (form != form_) {
     form_ = std::move(form);

@@ -3,7 +3,7 @@
 #include "base/Handle.h"
 #include "platform/Geometry.h"
 #include "platform/PanelWindows.h"
-#include "popup/PanelShadow.h"
+#include "ui/PanelShadow.h"
 
 #include <QMargins>
 #include <QPoint>

@@ -1,7 +1,5 @@
 #include "popup/PanelForm.h"
 
-#include <QRect>
-
 #include <cmath>
 
 namespace lumiwren {
@@ -18,13 +16,6 @@ WindowForm roundedForm(QSize window, double cornerRadius) {
   }
   form.visible.push_back({0, rows, window.width(), window.height() - 2 * rows});
   return form;
-}
-
-WindowForm shadowedForm(QSize window, const QMargins &shadow, int grip) {
-  const QRect clickable = QRect(QPoint(), window).marginsRemoved(shadow).adjusted(-grip, -grip, grip, grip);
-  return {.visible = {},
-          .clickable = {{clickable.x(), clickable.y(), clickable.width(), clickable.height()}},
-          .shadow = {shadow.left(), shadow.top(), shadow.right(), shadow.bottom()}};
 }
 
 }  // namespace lumiwren

@@ -13,7 +13,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int fontSize = 12;
+constexpr int sourceFontSize = 12;
 constexpr int maximumLines = 2;
 
 /// Breaks the text into lines of a width; at least one, also of an empty text.
@@ -36,7 +36,7 @@ QString displayed(QString text) {
 
 SourceTextLabel::SourceTextLabel(QWidget *parent) : QLabel(parent) {
   setTextFormat(Qt::PlainText);
-  setFont(systemFont(fontSize, QFont::Medium));
+  setFont(systemFont(sourceFontSize, QFont::Medium));
   QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   policy.setHeightForWidth(true);
   setSizePolicy(policy);
@@ -58,7 +58,7 @@ QSize SourceTextLabel::minimumSizeHint() const {
 
 void SourceTextLabel::changeEvent(QEvent *event) {
   if (event->type() == QEvent::FontChange) {
-    setFont(systemFont(fontSize, QFont::Medium));
+    setFont(systemFont(sourceFontSize, QFont::Medium));
   }
   QLabel::changeEvent(event);
 }

@@ -1,18 +1,16 @@
 #include "settings/APIKeyInputView.h"
 
 #include "ui/Divider.h"
-#include "ui/Fonts.h"
 #include "ui/Spacing.h"
 #include "ui/TextLabel.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
 namespace lumiwren {
 namespace {
 
-constexpr int formWidth = 400;
+constexpr int keyFormWidth = 400;
 
 QVBoxLayout *makeHeader() {
   auto *const header = new QVBoxLayout;
@@ -31,7 +29,7 @@ QVBoxLayout *makeHeader() {
 
 APIKeyInputView::APIKeyInputView(const KeyFormServices &services, const std::function<void()> &dismiss,
                                  QWidget *parent)
-    : QWidget(parent),
+    : FormView(keyFormWidth, parent),
       keychain_(services.keychain),
       form_(services, AfterError::RestorePreviousKey, KeyForm::EyeToolTip::NamesTheAction, dismiss),
       removeButton_(new PushButton(PushButton::Kind::Destructive, QStringLiteral("Remove Key"))) {
@@ -53,7 +51,6 @@ APIKeyInputView::APIKeyInputView(const KeyFormServices &services, const std::fun
   layout->addWidget(form_.testButton(), 0, Qt::AlignLeft);
   layout->addWidget(new Divider);
   layout->addLayout(buttons);
-  setFixedWidth(scaledSize(formWidth));
 
   connect(removeButton_, &QPushButton::clicked, this, &APIKeyInputView::removeKey);
   connect(cancelButton, &QPushButton::clicked, this, dismiss);
@@ -61,13 +58,6 @@ APIKeyInputView::APIKeyInputView(const KeyFormServices &services, const std::fun
   observation_ = keychain_.observe([this] { refresh(); });
   refresh();
   form_.loadStoredKey();
-}
-
-void APIKeyInputView::changeEvent(QEvent *event) {
-  if (event->type() == QEvent::FontChange) {
-    setFixedWidth(scaledSize(formWidth));
-  }
-  QWidget::changeEvent(event);
 }
 
 void APIKeyInputView::removeKey() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "settings/ConnectionTest.h"
+#include "settings/FormView.h"
 #include "settings/KeyForm.h"
 #include "settings/TestResult.h"
 #include "ui/PushButton.h"
@@ -13,7 +14,7 @@ namespace lumiwren {
 
 /// The form of the settings for the API key: shows the stored key, tests, saves and removes it. Made anew for
 /// each showing. Return saves, Escape cancels (see QDialog, in which it stands).
-class APIKeyInputView : public QWidget {
+class APIKeyInputView : public FormView {
   Q_OBJECT
 
 public:
@@ -24,9 +25,6 @@ public:
                   QWidget *parent = nullptr);
 
   const KeyForm &form() const { return form_; }
-
-protected:
-  void changeEvent(QEvent *event) override;
 
 private:
   void removeKey();

@@ -2,24 +2,22 @@
 
 #include "ui/AppIconView.h"
 #include "ui/Divider.h"
-#include "ui/Fonts.h"
 #include "ui/PushButton.h"
 #include "ui/Spacing.h"
 #include "ui/TextLabel.h"
 
-#include <QEvent>
 #include <QVBoxLayout>
 
 namespace lumiwren {
 namespace {
 
-constexpr int viewWidth = 340;
-constexpr int iconSize = 128;
+constexpr int aboutWidth = 340;
+constexpr int aboutIconSize = 128;
 
 }  // namespace
 
 AboutView::AboutView(const Bundle &bundle, const std::function<void()> &onClose, QWidget *parent)
-    : QWidget(parent) {
+    : FormView(aboutWidth, parent) {
   auto *const description =
       new TextLabel(QStringLiteral("A lightweight macOS menu bar app that explains selected text or screen "
                                    "regions using AI. Supports custom actions with configurable hotkeys and "
@@ -33,27 +31,19 @@ AboutView::AboutView(const Bundle &bundle, const std::function<void()> &onClose,
   auto *const layout = new QVBoxLayout(this);
   layout->setContentsMargins(spacing::section, spacing::section, spacing::section, spacing::section);
   layout->setSpacing(spacing::large);
-  layout->addWidget(new AppIconView(iconSize), 0, Qt::AlignHCenter);
+  layout->addWidget(new AppIconView(aboutIconSize), 0, Qt::AlignHCenter);
   layout->addWidget(new TextLabel(QStringLiteral("Lumiwren"), TextStyle::Title2), 0, Qt::AlignHCenter);
   layout->addWidget(new TextLabel(appVersion(bundle), TextStyle::Caption, &SemanticColors::secondary), 0,
                     Qt::AlignHCenter);
   layout->addWidget(description);
   layout->addWidget(new Divider);
   layout->addWidget(closeButton, 0, Qt::AlignHCenter);
-  setFixedWidth(scaledSize(viewWidth));
   connect(closeButton, &QPushButton::clicked, this, onClose);
 }
 
 QString AboutView::appVersion(const Bundle &bundle) {
   return QStringLiteral("Version ") +
          QString::fromStdString(bundle.stringForKey("CFBundleShortVersionString").value_or("Unknown"));
-}
-
-void AboutView::changeEvent(QEvent *event) {
-  if (event->type() == QEvent::FontChange) {
-    setFixedWidth(scaledSize(viewWidth));
-  }
-  QWidget::changeEvent(event);
 }
 
 }  // namespace lumiwren

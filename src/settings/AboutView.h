@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Bundle.h"
+#include "settings/FormView.h"
 
 #include <QString>
 #include <QWidget>
@@ -10,7 +11,7 @@
 namespace lumiwren {
 
 /// What the program is: its icon, name, version and description.
-class AboutView : public QWidget {
+class AboutView : public FormView {
   Q_OBJECT
 
 public:
@@ -18,9 +19,6 @@ public:
   AboutView(const Bundle &bundle, const std::function<void()> &onClose, QWidget *parent = nullptr);
 
   static QString appVersion(const Bundle &bundle);
-
-protected:
-  void changeEvent(QEvent *event) override;
 };
 
 }  // namespace lumiwren

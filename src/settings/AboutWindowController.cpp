@@ -7,7 +7,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int smallestHeight = 300;
+constexpr int smallestAboutHeight = 300;
 
 }  // namespace
 
@@ -18,8 +18,8 @@ void AboutWindowController::showWindow() {
         self->window_->close();
       }
     });
-    window_ = std::make_unique<FormWindow>(QStringLiteral("About Lumiwren"), std::move(view), smallestHeight,
-                                           windows_);
+    window_ = std::make_unique<FormWindow>(QStringLiteral("About Lumiwren"), std::move(view),
+                                           smallestAboutHeight, windows_);
   }
   window_->present();
 }

@@ -26,7 +26,7 @@ namespace lumiwren {
 namespace {
 
 constexpr CustomAction::HotkeyCombo hotkeyOfNewActions{keyCode::one, modifier::option | modifier::shift};
-constexpr int formWidth = 432;
+constexpr int editorWidth = 432;
 constexpr int hotkeyBoxWidth = 130;
 constexpr int promptLines = 5;
 constexpr int promptPadding = 14;  // above and below the lines, together
@@ -177,7 +177,7 @@ void ActionEditorView::addButtons(QBoxLayout &column) {
 
 QSize ActionEditorView::sizeHint() const {
   const int promptHeight = promptLines * promptArea_->fontMetrics().lineSpacing() + promptPadding;
-  return {scaledSize(formWidth),
+  return {scaledSize(editorWidth),
           QWidget::sizeHint().height() - promptArea_->sizeHint().height() + promptHeight};
 }
 

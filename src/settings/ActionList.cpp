@@ -15,7 +15,7 @@ namespace lumiwren {
 namespace {
 
 constexpr int rowHeight = 52;
-constexpr int padding = 8;      // around all rows
+constexpr int listPadding = 8;  // around all rows
 constexpr int scrollStep = 17;  // of which the wheel makes three at a time: about a row
 
 }  // namespace
@@ -79,7 +79,7 @@ void ActionList::setActions(const std::vector<CustomAction> &actions) {
 void ActionList::showLast() {
   if (!rows_.empty()) {
     setCurrent(rows_.size() - 1);
-    ensureWidgetVisible(rows_.back(), 0, padding);
+    ensureWidgetVisible(rows_.back(), 0, listPadding);
   }
 }
 
@@ -107,21 +107,21 @@ void ActionList::moveTo(std::size_t index) {
   if (!rows_.empty()) {
     setCurrent(std::min(index, rows_.size() - 1));
     rows_[current_]->setFocus(Qt::OtherFocusReason);
-    ensureWidgetVisible(rows_[current_], 0, padding);
+    ensureWidgetVisible(rows_[current_], 0, listPadding);
   }
 }
 
 void ActionList::arrange() {
   const int height = scaledSize(rowHeight);
   // The scroll bar stands in the right padding.
-  const int width = viewport()->width() - padding;
-  int y = padding;
+  const int width = viewport()->width() - listPadding;
+  int y = listPadding;
   for (auto *const row : rows_) {
-    row->setGeometry(padding, y, width, height);
+    row->setGeometry(listPadding, y, width, height);
     row->show();
     y += height;
   }
-  content_->resize(viewport()->width(), y + padding);
+  content_->resize(viewport()->width(), y + listPadding);
 }
 
 void ActionList::changeEvent(QEvent *event) {

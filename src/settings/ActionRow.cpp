@@ -20,7 +20,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int iconSize = 10;
+constexpr int rowIconSize = 10;
 constexpr int deleteSymbolSize = 12;
 constexpr int lineSpacing = 2;
 constexpr QMargins badgePadding{5, 2, 5, 2};
@@ -72,7 +72,7 @@ void ActionRow::addTexts(QBoxLayout &row) {
   badge_ =
       new BoxedLabel(QStringLiteral("Default"), TextStyle::Badge, badgePadding, &SemanticColors::secondary);
   badge_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-  icon_ = new SymbolView(QString(), iconSize, &SemanticColors::secondary);
+  icon_ = new SymbolView(QString(), rowIconSize, &SemanticColors::secondary);
   inputType_ = new TextLabel(QString(), TextStyle::Caption, &SemanticColors::secondary);
   hotkey_ = new BoxedLabel(QString(), TextStyle::Label, hotkeyPadding);
   hotkey_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);

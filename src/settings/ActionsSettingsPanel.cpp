@@ -16,9 +16,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr qreal cornerRadius = 12;
-constexpr double outlineOpacity = 0.16;
-constexpr int screenMargin = 10;
+constexpr qreal panelCornerRadius = 12;
 
 }  // namespace
 
@@ -85,7 +83,7 @@ void ActionsSettingsPanel::mouseReleaseEvent(QMouseEvent *event) {
 void ActionsSettingsPanel::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  const qreal radius = panelWindows_.isTranslucencySupported() ? cornerRadius : 0;
+  const qreal radius = panelWindows_.isTranslucencySupported() ? panelCornerRadius : 0;
   const SemanticColors colors(palette());
   painter.setPen(Qt::NoPen);
   painter.setBrush(colors.windowBackground);

@@ -21,6 +21,7 @@ class ActionsSettingsPanel : public QWidget {
 public:
   /// In points where text has its stated size; with the text it grows as far as the screen has room.
   static constexpr QSize contentSize{480, 500};
+  static constexpr int screenMargin = 10;  // between it and the edges of the screen
 
   /// `onClose` is called when the desktop asks for the window to be closed; that alone closes nothing.
   ActionsSettingsPanel(PanelWindows &panelWindows, std::unique_ptr<QWidget> contentView,

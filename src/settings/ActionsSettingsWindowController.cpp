@@ -11,8 +11,6 @@
 namespace lumiwren {
 namespace {
 
-constexpr double screenMargin = 10;
-
 void bringToFront(ApplicationWindows &windows, const QWidget &window) {
   windows.setFloating(window.winId());
   windows.activate(window.winId());
@@ -74,8 +72,10 @@ void ActionsSettingsWindowController::DeleteLater::operator()(ActionsSettingsPan
 }
 
 Point ActionsSettingsWindowController::calculatePosition(Size size, Point mouse, const Rect &visibleFrame) {
-  const double x = std::min(visibleFrame.maxX() - size.width - screenMargin, mouse.x - size.width / 2);
-  return {std::max(visibleFrame.minX() + screenMargin, x), visibleFrame.maxY() - size.height - screenMargin};
+  const double x = std::min(visibleFrame.maxX() - size.width - ActionsSettingsPanel::screenMargin,
+                            mouse.x - size.width / 2);
+  return {std::max(visibleFrame.minX() + ActionsSettingsPanel::screenMargin, x),
+          visibleFrame.maxY() - size.height - ActionsSettingsPanel::screenMargin};
 }
 
 }  // namespace lumiwren

@@ -1,12 +1,10 @@
 #include "settings/FirstLaunchAPIKeyView.h"
 
-#include "ui/Fonts.h"
 #include "ui/PushButton.h"
 #include "ui/Spacing.h"
 #include "ui/SymbolView.h"
 #include "ui/TextLabel.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -15,7 +13,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int formWidth = 450;
+constexpr int welcomeWidth = 450;
 constexpr int bookSize = 48;
 constexpr char keysPage[] = "https://platform.openai.com/api-keys";
 
@@ -41,7 +39,7 @@ QVBoxLayout *makeWelcome() {
 
 FirstLaunchAPIKeyView::FirstLaunchAPIKeyView(const KeyFormServices &services, Workspace &workspace,
                                              std::function<void()> dismiss, QWidget *parent)
-    : QWidget(parent),
+    : FormView(welcomeWidth, parent),
       form_(services, AfterError::KeepTestedKey, KeyForm::EyeToolTip::None, std::move(dismiss)) {
   auto *const link = new PushButton(PushButton::Kind::Link, QStringLiteral("Get an API key from OpenAI"));
   auto *const saveButton = new PushButton(PushButton::Kind::Prominent, QStringLiteral("Save & Continue"));
@@ -65,20 +63,12 @@ FirstLaunchAPIKeyView::FirstLaunchAPIKeyView(const KeyFormServices &services, Wo
   layout->addWidget(form_.resultRow());
   layout->addLayout(buttons);
   layout->addStretch();
-  setFixedWidth(scaledSize(formWidth));
 
   connect(link, &QPushButton::clicked, this, [&workspace] { workspace.openURL(keysPage); });
   connect(saveButton, &QPushButton::clicked, &form_, &KeyForm::save);
   const auto enableSave = [this, saveButton] { saveButton->setEnabled(!form_.isEmpty()); };
   connect(&form_, &KeyForm::keyEdited, this, enableSave);
   enableSave();
-}
-
-void FirstLaunchAPIKeyView::changeEvent(QEvent *event) {
-  if (event->type() == QEvent::FontChange) {
-    setFixedWidth(scaledSize(formWidth));
-  }
-  QWidget::changeEvent(event);
 }
 
 }  // namespace lumiwren

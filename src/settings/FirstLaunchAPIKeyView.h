@@ -2,6 +2,7 @@
 
 #include "platform/Workspace.h"
 #include "settings/ConnectionTest.h"
+#include "settings/FormView.h"
 #include "settings/KeyForm.h"
 
 #include <QWidget>
@@ -11,7 +12,7 @@
 namespace lumiwren {
 
 /// The form that welcomes a user who has no API key yet.
-class FirstLaunchAPIKeyView : public QWidget {
+class FirstLaunchAPIKeyView : public FormView {
   Q_OBJECT
 
 public:
@@ -20,9 +21,6 @@ public:
                         QWidget *parent = nullptr);
 
   const KeyForm &form() const { return form_; }
-
-protected:
-  void changeEvent(QEvent *event) override;
 
 private:
   KeyForm form_;

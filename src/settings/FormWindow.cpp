@@ -1,13 +1,12 @@
 #include "settings/FormWindow.h"
 
 #include "ui/AppIcon.h"
+#include "ui/DesktopGeometry.h"
 #include "ui/Fonts.h"
 #include "ui/InputGuard.h"
 
 #include <QCursor>
 #include <QEvent>
-#include <QGuiApplication>
-#include <QScreen>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -66,13 +65,9 @@ void FormWindow::place() {
 }
 
 void FormWindow::centre() {
-  const QScreen *screen = QGuiApplication::screenAt(QCursor::pos());
-  if (screen == nullptr) {
-    screen = QGuiApplication::primaryScreen();
-  }
   ensurePolished();
   layout()->activate();
-  move(screen->availableGeometry().center() - rect().center());
+  move(screenAt(QCursor::pos()).availableGeometry().center() - rect().center());
 }
 
 }  // namespace lumiwren

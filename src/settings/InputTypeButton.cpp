@@ -1,5 +1,6 @@
 #include "settings/InputTypeButton.h"
 
+#include "ui/ButtonLook.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Palette.h"
@@ -18,8 +19,8 @@ namespace lumiwren {
 namespace {
 
 constexpr int tileHeight = 40;
-constexpr int symbolSize = 18;
-constexpr int horizontalPadding = 12;
+constexpr int inputTypeSymbolSize = 18;
+constexpr int inputTypeHorizontalPadding = 12;
 constexpr double selectedOpacity = 0.12;
 
 }  // namespace
@@ -38,7 +39,7 @@ InputTypeButton::InputTypeButton(const QString &title, QString icon, const QStri
 }
 
 QSize InputTypeButton::sizeHint() const {
-  return {2 * horizontalPadding + scaledSize(symbolSize + spacing::small) +
+  return {2 * inputTypeHorizontalPadding + scaledSize(inputTypeSymbolSize + spacing::small) +
               fontMetrics().horizontalAdvance(text()),
           std::max(scaledSize(tileHeight), fontMetrics().height())};
 }
@@ -60,10 +61,7 @@ void InputTypeButton::paintEvent(QPaintEvent * /*event*/) {
   painter.setRenderHint(QPainter::Antialiasing);
   const SemanticColors colors(palette());
   painter.setPen(Qt::NoPen);
-  painter.setBrush(isSelected() ? lumiwrenPurple(selectedOpacity)
-                                : withOpacity(colors.primary, isDown()       ? 0.16
-                                                              : underMouse() ? 0.09
-                                                                             : 0.04));
+  painter.setBrush(isSelected() ? lumiwrenPurple(selectedOpacity) : buttonGround(*this));
   painter.drawRoundedRect(rectOnPixels(painter, rect()), radius::box, radius::box);
   if (showsFocus(*this)) {
     drawFocusRing(painter, *this, rect());
@@ -71,7 +69,7 @@ void InputTypeButton::paintEvent(QPaintEvent * /*event*/) {
     strokeInside(painter, rect(), 1, radius::box - 0.5,
                  isSelected() ? colors.accent : withOpacity(colors.primary, 0.2));
   }
-  const int size = scaledSize(symbolSize);
+  const int size = scaledSize(inputTypeSymbolSize);
   const int gap = scaledSize(spacing::small);
   const int textWidth = fontMetrics().horizontalAdvance(text());
   const int left = (width() - size - gap - textWidth) / 2;

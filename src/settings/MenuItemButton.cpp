@@ -1,6 +1,7 @@
 #include "settings/MenuItemButton.h"
 
 #include "ui/Fonts.h"
+#include "ui/PlainToolTip.h"
 #include "ui/Spacing.h"
 #include "ui/Symbols.h"
 #include "ui/TextStyle.h"
@@ -10,14 +11,13 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
-#include <QToolTip>
 
 #include <utility>
 
 namespace lumiwren {
 namespace {
 
-constexpr int horizontalPadding = 12;
+constexpr int itemHorizontalPadding = 12;
 constexpr int verticalPadding = 6;
 constexpr qreal highlightRadius = 4;
 constexpr double highlightOpacity = 0.8;
@@ -57,18 +57,14 @@ void MenuItemButton::setTrailingSymbol(std::optional<Symbol> symbol) {
 QSize MenuItemButton::sizeHint() const {
   const int text = fontMetrics().horizontalAdvance(accessibleName());
   const int trailing = trailingWidth();
-  return {2 * horizontalPadding + text + (trailing > 0 ? spacing::small + trailing : 0),
+  return {2 * itemHorizontalPadding + text + (trailing > 0 ? spacing::small + trailing : 0),
           fontMetrics().height() + 2 * verticalPadding};
 }
 
 bool MenuItemButton::event(QEvent *event) {
   if (event->type() == QEvent::ToolTip) {
-    auto *const help = static_cast<QHelpEvent *>(event);
-    const bool isCut = fontMetrics().horizontalAdvance(accessibleName()) > labelArea().width();
-    // As rich text with nothing in it to interpret, which wraps where a plain one would not.
-    QToolTip::showText(
-        help->globalPos(),
-        isCut ? QStringLiteral("<span>%1</span>").arg(accessibleName().toHtmlEscaped()) : QString(), this);
+    showPlainToolTip(*static_cast<const QHelpEvent *>(event), accessibleName(),
+                     fontMetrics().horizontalAdvance(accessibleName()) > labelArea().width(), this);
     return true;
   }
   return QAbstractButton::event(event);
@@ -132,14 +128,14 @@ void MenuItemButton::paintEvent(QPaintEvent * /*event*/) {
   if (symbol_) {
     const int size = scaledSize(symbol_->size);
     const QRect place = QStyle::visualRect(layoutDirection(), rect(),
-                                           QRect(width() - horizontalPadding - size, 0, size, height()));
+                                           QRect(width() - itemHorizontalPadding - size, 0, size, height()));
     drawSymbol(painter, symbol_->name, QRectF(place).center(), size,
                isHighlighted ? onHighlight : colors.*symbol_->color);
   } else if (!trailingText_.isEmpty()) {
     painter.setFont(systemFont(trailingSize));
     painter.setPen(isHighlighted ? onHighlight : colors.secondary);
     const QRect place =
-        QStyle::visualRect(layoutDirection(), rect(), rect().adjusted(0, 0, -horizontalPadding, 0));
+        QStyle::visualRect(layoutDirection(), rect(), rect().adjusted(0, 0, -itemHorizontalPadding, 0));
     painter.drawText(place,
                      static_cast<int>(Qt::AlignVCenter | Qt::TextSingleLine) |
                          static_cast<int>(isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight),
@@ -161,8 +157,8 @@ int MenuItemButton::trailingWidth() const {
 
 QRect MenuItemButton::labelArea() const {
   const int trailing = trailingWidth();
-  const QRect area = rect().adjusted(horizontalPadding, 0,
-                                     -horizontalPadding - (trailing > 0 ? spacing::small + trailing : 0), 0);
+  const QRect area = rect().adjusted(
+      itemHorizontalPadding, 0, -itemHorizontalPadding - (trailing > 0 ? spacing::small + trailing : 0), 0);
   return QStyle::visualRect(layoutDirection(), rect(), area);
 }
 

@@ -1,13 +1,12 @@
 #include "settings/Popover.h"
 
 #include "ui/AccessibleRole.h"
+#include "ui/DesktopGeometry.h"
 #include "ui/Palette.h"
 #include "ui/PixelGrid.h"
 
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QScreen>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -16,7 +15,6 @@
 namespace lumiwren {
 namespace {
 
-constexpr qreal cornerRadius = 8;
 constexpr int distance = 4;  // from the point that the popover hangs at, and from the edges of the screen
 
 }  // namespace
@@ -29,7 +27,12 @@ Popover::Popover(QWidget *contentView, QSize contentSize, PanelWindows &panelWin
       contentView_(contentView),
       contentSize_(contentSize),
       panelWindows_(panelWindows),
-      compositor_(panelWindows.observeTranslucency([this] { update(); })) {
+      compositor_(panelWindows.observeTranslucency([this] {
+        if (isShown_) {
+          place();
+          update();
+        }
+      })) {
   setAttribute(Qt::WA_ShowWithoutActivating);
   setAttribute(Qt::WA_TranslucentBackground);
   setAttribute(Qt::WA_AlwaysShowToolTips);
@@ -38,29 +41,45 @@ Popover::Popover(QWidget *contentView, QSize contentSize, PanelWindows &panelWin
   setAccessibleName(windowTitle());
   setAccessibleRole(*this, QAccessible::Dialog);
   auto *const layout = new QVBoxLayout(this);
-  layout->setContentsMargins(1, 1, 1, 1);
   layout->addWidget(contentView_);
 }
 
 void Popover::showAt(QPoint anchor) {
-  const QScreen *screen = QGuiApplication::screenAt(anchor);
-  if (screen == nullptr) {
-    screen = QGuiApplication::primaryScreen();
-  }
-  const QRect free = screen->availableGeometry().adjusted(distance, distance, -distance, -distance);
-  const int width = contentSize_.width() + 2;
-  const int height =
-      std::min(std::max(contentSize_.height(), contentView_->sizeHint().height()) + 2, free.height());
-  // Below the point, or above it where the tray is at the bottom.
-  const bool hangs = anchor.y() + distance + height <= free.bottom() + 1;
-  const int y = hangs ? anchor.y() + distance : anchor.y() - distance - height;
-  setFixedSize(width, height);
-  move(std::clamp(anchor.x() - width / 2, free.left(), free.right() + 1 - width),
-       std::clamp(y, free.top(), free.bottom() + 1 - height));
+  anchor_ = anchor;
+  place();
   isShown_ = true;
   show();
   raise();
   panelWindows_.makeKey(winId());
+}
+
+void Popover::place() {
+  margins_ = panelWindows_.isTranslucencySupported() ? PanelShadow::margins : QMargins();
+  layout()->setContentsMargins(margins_ + QMargins(1, 1, 1, 1));
+  const QRect free = screenAt(anchor_).availableGeometry().adjusted(distance, distance, -distance, -distance);
+  const int width = contentSize_.width() + 2;
+  const int height =
+      std::min(std::max(contentSize_.height(), contentView_->sizeHint().height()) + 2, free.height());
+  // Below the point, or above it where the tray is at the bottom.
+  const bool hangs = anchor_.y() + distance + height <= free.bottom() + 1;
+  const int y = hangs ? anchor_.y() + distance : anchor_.y() - distance - height;
+  const QRect popover(std::clamp(anchor_.x() - width / 2, free.left(), free.right() + 1 - width),
+                      std::clamp(y, free.top(), free.bottom() + 1 - height), width, height);
+  const QRect window = popover.marginsAdded(margins_);
+  setFixedSize(window.size());
+  move(window.topLeft());
+  setForm();
+}
+
+void Popover::setForm() {
+  WindowForm form;
+  if (!margins_.isNull()) {
+    const qreal scale = devicePixelRatioF();
+    const QMargins shadow = PanelShadow::marginsAt(scale);
+    form = shadowedForm(qRound(width() * scale), qRound(height() * scale),
+                        {shadow.left(), shadow.top(), shadow.right(), shadow.bottom()}, /*grip=*/0);
+  }
+  panelWindows_.setForm(winId(), form);
 }
 
 void Popover::performClose() {
@@ -71,11 +90,17 @@ void Popover::performClose() {
   }
 }
 
-void Popover::changeEvent(QEvent *event) {
-  QWidget::changeEvent(event);
-  if (event->type() == QEvent::ActivationChange && !isActiveWindow() && isShown_) {
+void Popover::dismiss() {
+  if (isShown_) {
     performClose();
     Q_EMIT dismissed();
+  }
+}
+
+void Popover::changeEvent(QEvent *event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange && !isActiveWindow()) {
+    dismiss();
   }
 }
 
@@ -91,11 +116,16 @@ void Popover::paintEvent(QPaintEvent * /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const SemanticColors colors(palette());
+  const QRect popover = rect().marginsRemoved(margins_);
+  const bool hasShadow = !margins_.isNull();
+  if (hasShadow) {
+    shadow_.paint(painter, popover);
+  }
+  const qreal radius = hasShadow ? cornerRadius : 0;
   painter.setPen(Qt::NoPen);
   painter.setBrush(colors.windowBackground);
-  const qreal radius = panelWindows_.isTranslucencySupported() ? cornerRadius : 0;
-  painter.drawRoundedRect(rectOnPixels(painter, rect()), radius, radius);
-  strokeInside(painter, rect(), 1, std::max(radius - 0.5, 0.0), withOpacity(colors.primary, 0.2));
+  painter.drawRoundedRect(rectOnPixels(painter, popover), radius, radius);
+  strokeInside(painter, popover, 1, std::max(radius - 0.5, 0.0), withOpacity(colors.primary, 0.2));
 }
 
 }  // namespace lumiwren

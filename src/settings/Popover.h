@@ -2,7 +2,9 @@
 
 #include "base/Handle.h"
 #include "platform/PanelWindows.h"
+#include "ui/PanelShadow.h"
 
+#include <QMargins>
 #include <QPoint>
 #include <QSize>
 #include <QWidget>
@@ -10,7 +12,8 @@
 namespace lumiwren {
 
 /// A small window that hangs at a place of the screen, above everything, until the user acts elsewhere or
-/// presses Escape. It has the keyboard meanwhile. Main thread.
+/// presses Escape. It has the keyboard meanwhile. Where a compositor runs its corners are round and it has a
+/// shadow, for which the window is larger than the popover. Main thread.
 class Popover : public QWidget {
   Q_OBJECT
 
@@ -24,9 +27,10 @@ public:
   void showAt(QPoint anchor);
   /// Gives the keyboard back to whoever had it, and hides the popover.
   void performClose();
+  /// The same, because the user acts elsewhere.
+  void dismiss();
 
 Q_SIGNALS:
-  /// It has closed because something else has got the keyboard.
   void dismissed();
 
 protected:
@@ -35,10 +39,19 @@ protected:
   void paintEvent(QPaintEvent *event) override;
 
 private:
+  static constexpr double cornerRadius = 8;
+
+  /// Puts the window where the popover hangs at `anchor_`.
+  void place();
+  void setForm();
+
   QWidget *const contentView_;
   const QSize contentSize_;
   PanelWindows &panelWindows_;
   const Handle compositor_;
+  PanelShadow shadow_{cornerRadius};
+  QMargins margins_;  // between the window's edges and the popover's
+  QPoint anchor_;
   bool isShown_ = false;
 };
 

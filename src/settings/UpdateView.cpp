@@ -17,7 +17,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int viewWidth = 420;
+constexpr int updateWidth = 420;
 constexpr int notesHeight = 180;
 constexpr int wheelSize = 20;
 constexpr int barHeight = 6;
@@ -47,7 +47,7 @@ protected:
 }  // namespace
 
 UpdateView::UpdateView(QWidget *parent)
-    : QWidget(parent),
+    : FormView(updateWidth, parent),
       heading_(new TextLabel({}, TextStyle::Headline)),
       message_(new TextLabel({}, TextStyle::Body, &SemanticColors::secondary)),
       notes_(new TextArea(QStringLiteral("Release Notes"))),
@@ -67,10 +67,10 @@ UpdateView::UpdateView(QWidget *parent)
   layout->addWidget(heading_);
   layout->addWidget(message_);
   layout->addWidget(notes_);
-  layout->addWidget(wheel_, 0, Qt::AlignHCenter);
+  layout->addWidget(wheel_, 0, Qt::AlignLeft);
   layout->addWidget(bar_);
   layout->addLayout(buttonRow_);
-  adaptSizes();
+  adaptHeights();
 }
 
 void UpdateView::setContent(const Content &content) {
@@ -100,13 +100,12 @@ void UpdateView::setProgress(std::uint64_t received, std::uint64_t total) {
 
 void UpdateView::changeEvent(QEvent *event) {
   if (event->type() == QEvent::FontChange) {
-    adaptSizes();
+    adaptHeights();
   }
-  QWidget::changeEvent(event);
+  FormView::changeEvent(event);
 }
 
-void UpdateView::adaptSizes() {
-  setFixedWidth(scaledSize(viewWidth));
+void UpdateView::adaptHeights() {
   notes_->setFixedHeight(scaledSize(notesHeight));
   bar_->setFixedHeight(scaledSize(barHeight));
 }

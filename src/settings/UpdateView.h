@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/FormView.h"
 #include "ui/ProgressIndicator.h"
 #include "ui/PushButton.h"
 #include "ui/TextArea.h"
@@ -19,7 +20,7 @@ namespace lumiwren {
 
 /// One stage of an update at a time: what it is, perhaps release notes or how far it has come, and what the
 /// user can do. All texts are plain.
-class UpdateView : public QWidget {
+class UpdateView : public FormView {
   Q_OBJECT
 
 public:
@@ -48,7 +49,7 @@ protected:
   void changeEvent(QEvent *event) override;
 
 private:
-  void adaptSizes();
+  void adaptHeights();
   void replaceButtons(const Content &content);
 
   TextLabel *const heading_;

@@ -8,13 +8,13 @@
 namespace lumiwren {
 namespace {
 
-constexpr int smallestHeight = 400;
+constexpr int smallestWelcomeHeight = 400;
 
 }  // namespace
 
 WelcomeWindow::WelcomeWindow(const KeyFormServices &services, Workspace &workspace,
                              ApplicationWindows &windows)
-    : TransientFormWindow(QStringLiteral("Welcome to Lumiwren"), smallestHeight, windows,
+    : TransientFormWindow(QStringLiteral("Welcome to Lumiwren"), smallestWelcomeHeight, windows,
                           [services, &workspace](Dismiss dismiss) {
                             return std::make_unique<FirstLaunchAPIKeyView>(services, workspace,
                                                                            std::move(dismiss));

@@ -14,7 +14,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int symbolSize = 40;
+constexpr int alertSymbolSize = 40;
 constexpr int textWidth = 340;
 constexpr int textSpacing = 6;
 
@@ -46,9 +46,9 @@ Alert::Alert(const QString &message, const QString &informativeText, Activate ac
   texts->addStretch();
   auto *const top = new QHBoxLayout;
   top->setSpacing(spacing::large);
-  top->addWidget(
-      new SymbolView(QStringLiteral("exclamationmark.triangle.fill"), symbolSize, &SemanticColors::orange), 0,
-      Qt::AlignTop);
+  top->addWidget(new SymbolView(QStringLiteral("exclamationmark.triangle.fill"), alertSymbolSize,
+                                &SemanticColors::orange),
+                 0, Qt::AlignTop);
   top->addLayout(texts);
   buttons_->setSpacing(spacing::small);
   buttons_->addStretch();

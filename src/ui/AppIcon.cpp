@@ -1,5 +1,6 @@
 #include "ui/AppIcon.h"
 
+#include <QApplication>
 #include <QPixmap>
 #include <QSvgRenderer>
 
@@ -11,16 +12,20 @@ static void linkAppIcon() {
 namespace lumiwren {
 
 QIcon appIcon() {
-  QIcon icon;
-  for (const int size : {16, 22, 24, 32, 48, 64, 128, 256}) {
-    QPixmap pixmap(size, size);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    drawAppIcon(painter, pixmap.rect());
-    painter.end();
-    icon.addPixmap(pixmap);
+  // The application keeps it: it takes a while to draw, and is to end with the toolkit.
+  if (QApplication::windowIcon().isNull()) {
+    QIcon icon;
+    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256}) {
+      QPixmap pixmap(size, size);
+      pixmap.fill(Qt::transparent);
+      QPainter painter(&pixmap);
+      drawAppIcon(painter, pixmap.rect());
+      painter.end();
+      icon.addPixmap(pixmap);
+    }
+    QApplication::setWindowIcon(icon);
   }
-  return icon;
+  return QApplication::windowIcon();
 }
 
 void drawAppIcon(QPainter &painter, const QRectF &rect) {

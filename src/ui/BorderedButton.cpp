@@ -1,5 +1,6 @@
 #include "ui/BorderedButton.h"
 
+#include "ui/ButtonLook.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Motion.h"
@@ -16,18 +17,18 @@
 namespace lumiwren {
 namespace {
 
-constexpr int fontSize = 11;
-constexpr int symbolSize = 13;
-constexpr int spacing = 4;
-constexpr int horizontalPadding = 9;
+constexpr int borderedFontSize = 11;
+constexpr int borderedSymbolSize = 13;
+constexpr int borderedSpacing = 4;
+constexpr int borderedHorizontalPadding = 9;
 constexpr int buttonHeight = 24;
-constexpr qreal cornerRadius = 6;
+constexpr qreal borderedCornerRadius = 6;
 constexpr int fadeDuration = 200;  // ms
 
 }  // namespace
 
 BorderedButton::BorderedButton(QWidget *parent) : QPushButton(parent) {
-  setFont(systemFont(fontSize));
+  setFont(systemFont(borderedFontSize));
   setFocusPolicy(Qt::TabFocus);
   setAutoDefault(false);  // A dialog would take it for its default button.
   setAttribute(Qt::WA_Hover);
@@ -56,7 +57,7 @@ void BorderedButton::setLabel(const QString &symbolName, const QString &text, La
 }
 
 int BorderedButton::widthWith(const QString &text) const {
-  return 2 * horizontalPadding + scaledSize(symbolSize) + scaledSize(spacing) +
+  return 2 * borderedHorizontalPadding + scaledSize(borderedSymbolSize) + scaledSize(borderedSpacing) +
          fontMetrics().horizontalAdvance(text);
 }
 
@@ -73,7 +74,7 @@ QSize BorderedButton::sizeHint() const {
 
 void BorderedButton::changeEvent(QEvent *event) {
   if (event->type() == QEvent::FontChange) {
-    setFont(systemFont(fontSize));
+    setFont(systemFont(borderedFontSize));
     updateGeometry();
   }
   QPushButton::changeEvent(event);
@@ -91,11 +92,9 @@ void BorderedButton::paintEvent(QPaintEvent * /*event*/) {
   const bool isFocused = showsFocus(*this);
   const qreal lineWidth = isFocused ? focusRingWidth : 1;
   painter.setPen(Qt::NoPen);
-  painter.setBrush(isDown()       ? withOpacity(colors.primary, 0.16)
-                   : underMouse() ? withOpacity(colors.primary, 0.09)
-                                  : withOpacity(colors.primary, 0.04));
-  painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
-  strokeInside(painter, rect(), lineWidth, cornerRadius - lineWidth / 2,
+  painter.setBrush(buttonGround(*this));
+  painter.drawRoundedRect(rectOnPixels(painter, rect()), borderedCornerRadius, borderedCornerRadius);
+  strokeInside(painter, rect(), lineWidth, borderedCornerRadius - lineWidth / 2,
                isFocused ? colors.accent : withOpacity(colors.primary, 0.2));
   if (fading_.state() == QAbstractAnimation::Running) {
     const double part = fading_.currentValue().toDouble();
@@ -109,10 +108,11 @@ void BorderedButton::paintEvent(QPaintEvent * /*event*/) {
 
 void BorderedButton::drawLabel(QPainter &painter, const QString &symbolName, const QString &text,
                                const QColor &color) const {
-  const int size = scaledSize(symbolSize);
-  drawSymbol(painter, symbolName, QPointF(horizontalPadding + size / 2.0, height() / 2.0), size, color);
+  const int size = scaledSize(borderedSymbolSize);
+  drawSymbol(painter, symbolName, QPointF(borderedHorizontalPadding + size / 2.0, height() / 2.0), size,
+             color);
   painter.setPen(color);
-  painter.drawText(rect().adjusted(horizontalPadding + size + scaledSize(spacing), 0, 0, 0),
+  painter.drawText(rect().adjusted(borderedHorizontalPadding + size + scaledSize(borderedSpacing), 0, 0, 0),
                    Qt::AlignLeft | Qt::AlignVCenter, text);
 }
 

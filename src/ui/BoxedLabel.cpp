@@ -7,8 +7,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr qreal cornerRadius = 5;
-constexpr double outlineOpacity = 0.16;
+constexpr qreal boxCornerRadius = 5;
 
 }  // namespace
 
@@ -31,8 +30,8 @@ void BoxedLabel::paintEvent(QPaintEvent *event) {
     const SemanticColors colors(palette());
     painter.setPen(Qt::NoPen);
     painter.setBrush(colors.controlBackground);
-    painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
-    strokeInside(painter, rect(), 1, cornerRadius - 0.5,
+    painter.drawRoundedRect(rectOnPixels(painter, rect()), boxCornerRadius, boxCornerRadius);
+    strokeInside(painter, rect(), 1, boxCornerRadius - 0.5,
                  isActive_ ? colors.accent : withOpacity(colors.primary, outlineOpacity));
   }
   TextLabel::paintEvent(event);

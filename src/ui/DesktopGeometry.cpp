@@ -2,7 +2,6 @@
 
 #include <QGuiApplication>
 #include <QRect>
-#include <QScreen>
 
 #include <cmath>
 
@@ -23,15 +22,29 @@ QPoint toolkitPosition(const QPointF &desktopPoint) {
   }
   const QRect desktop = pixelGeometry(*primary);
   const qreal scale = primary->devicePixelRatio();
-  const QPoint pixel(
-      desktop.left() + static_cast<int>(std::lround(desktopPoint.x() * scale)),
-      desktop.top() + desktop.height() - static_cast<int>(std::lround(desktopPoint.y() * scale)));
+  return toolkitPositionOfPixel(
+      {desktop.left() + static_cast<int>(std::lround(desktopPoint.x() * scale)),
+       desktop.top() + desktop.height() - static_cast<int>(std::lround(desktopPoint.y() * scale))});
+}
+
+QPoint toolkitPositionOfPixel(QPoint pixel) {
+  const QScreen *home = QGuiApplication::primaryScreen();
   for (const QScreen *screen : QGuiApplication::screens()) {
-    if (const QRect pixels = pixelGeometry(*screen); pixels.contains(pixel)) {
-      return pixels.topLeft() + (pixel - pixels.topLeft()) / screen->devicePixelRatio();
+    if (pixelGeometry(*screen).contains(pixel)) {
+      home = screen;
+      break;
     }
   }
-  return desktop.topLeft() + (pixel - desktop.topLeft()) / scale;
+  if (!home) {
+    return {};
+  }
+  const QPoint origin = home->geometry().topLeft();
+  return origin + (pixel - origin) / home->devicePixelRatio();
+}
+
+const QScreen &screenAt(QPoint position) {
+  const QScreen *const screen = QGuiApplication::screenAt(position);
+  return screen != nullptr ? *screen : *QGuiApplication::primaryScreen();
 }
 
 }  // namespace lumiwren

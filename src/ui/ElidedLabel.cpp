@@ -1,8 +1,8 @@
 #include "ui/ElidedLabel.h"
 
-#include <QHelpEvent>
+#include "ui/PlainToolTip.h"
+
 #include <QPainter>
-#include <QToolTip>
 
 #include <cmath>
 
@@ -24,13 +24,8 @@ QSize ElidedLabel::minimumSizeHint() const {
 
 bool ElidedLabel::event(QEvent *event) {
   if (event->type() == QEvent::ToolTip) {
-    if (fontMetrics().horizontalAdvance(line()) > width()) {
-      // A tool tip would take some texts for markup.
-      const QString asMarkup = QStringLiteral("<span>%1</span>").arg(text().toHtmlEscaped());
-      QToolTip::showText(static_cast<const QHelpEvent *>(event)->globalPos(), asMarkup, this);
-    } else {
-      QToolTip::hideText();
-    }
+    showPlainToolTip(*static_cast<const QHelpEvent *>(event), text(),
+                     fontMetrics().horizontalAdvance(line()) > width(), this);
     return true;
   }
   return TextLabel::event(event);

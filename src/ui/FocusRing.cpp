@@ -6,7 +6,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr qreal cornerRadius = 5;
+constexpr qreal ringCornerRadius = 5;
 
 }  // namespace
 
@@ -15,7 +15,7 @@ bool showsFocus(const QWidget &widget) {
 }
 
 void drawFocusRing(QPainter &painter, const QWidget &widget, const QRectF &area) {
-  strokeInside(painter, area, focusRingWidth, cornerRadius, SemanticColors(widget.palette()).accent);
+  strokeInside(painter, area, focusRingWidth, ringCornerRadius, SemanticColors(widget.palette()).accent);
 }
 
 }  // namespace lumiwren

@@ -11,6 +11,8 @@ namespace lumiwren {
 QColor lumiwrenPurple(double opacity = 1);
 
 QColor withOpacity(QColor color, double opacity);
+/// Of the primary colour, for the outline of a box, a sheet and a window without a frame.
+inline constexpr double outlineOpacity = 0.16;
 
 /// How well two opaque colours are told apart, from 1 (the same) to 21 (black and white), as WCAG 2 measures
 /// it. Text needs 4.5, a symbol 3.

@@ -1,5 +1,6 @@
 #include "ui/PushButton.h"
 
+#include "ui/ButtonLook.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Palette.h"
@@ -18,9 +19,9 @@
 namespace lumiwren {
 namespace {
 
-constexpr int horizontalPadding = 14;
+constexpr int pushHorizontalPadding = 14;
 constexpr int smallestWidth = 64;
-constexpr int symbolSize = 14;
+constexpr int pushSymbolSize = 14;
 constexpr int symbolSpacing = 6;
 constexpr int linkPadding = 2;
 constexpr int wheelSize = 16;
@@ -44,8 +45,9 @@ PushButton::PushButton(Kind kind, const QString &label, QWidget *parent) : QPush
 }
 
 QFont PushButton::labelFont() const {
-  return kind_ == Kind::Prominent ? systemFont(13, QFont::Medium)
-                                  : fontOf(kind_ == Kind::Link ? TextStyle::Caption : TextStyle::Body);
+  return fontOf(kind_ == Kind::Prominent ? TextStyle::Label
+                : kind_ == Kind::Link    ? TextStyle::Caption
+                                         : TextStyle::Body);
 }
 
 void PushButton::adaptFont() {
@@ -82,12 +84,12 @@ void PushButton::setBusy(bool busy) {
 QSize PushButton::sizeHint() const {
   int width = fontMetrics().horizontalAdvance(text());
   if (!symbolName_.isEmpty()) {
-    width += scaledSize(symbolSize) + scaledSize(symbolSpacing);
+    width += scaledSize(pushSymbolSize) + scaledSize(symbolSpacing);
   }
   if (kind_ == Kind::Link) {
     return {width + 2 * linkPadding, fontMetrics().height() + 2 * linkPadding};
   }
-  return {std::max(width + 2 * scaledSize(horizontalPadding), scaledSize(smallestWidth)),
+  return {std::max(width + 2 * scaledSize(pushHorizontalPadding), scaledSize(smallestWidth)),
           std::max(scaledSize(controlHeight), fontMetrics().height())};
 }
 
@@ -134,34 +136,33 @@ void PushButton::paintEvent(QPaintEvent * /*event*/) {
 }
 
 void PushButton::drawBody(QPainter &painter) {
-  const SemanticColors colors(palette());
-  const bool isLit = isEnabled() && underMouse();
   painter.setPen(Qt::NoPen);
   if (kind_ == Kind::Prominent) {
     // The ring of the focus has the button's own colour: it needs a gap.
     const qreal gap = showsFocus(*this) ? focusRingWidth + 1 : 0;
-    painter.setBrush(isDown() ? lumiwrenPurple().darker(pressedDarkness)
-                     : isLit  ? lumiwrenPurple().darker(hoveredDarkness)
-                              : lumiwrenPurple());
+    painter.setBrush(isDown()                      ? lumiwrenPurple().darker(pressedDarkness)
+                     : isEnabled() && underMouse() ? lumiwrenPurple().darker(hoveredDarkness)
+                                                   : lumiwrenPurple());
     painter.drawRoundedRect(rectOnPixels(painter, QRectF(rect()).adjusted(gap, gap, -gap, -gap)),
                             radius::control - gap, radius::control - gap);
     return;
   }
-  painter.setBrush(withOpacity(colors.primary, isDown() ? 0.16 : isLit ? 0.09 : 0.04));
+  painter.setBrush(buttonGround(*this));
   painter.drawRoundedRect(rectOnPixels(painter, rect()), radius::control, radius::control);
   if (!showsFocus(*this)) {
-    strokeInside(painter, rect(), 1, radius::control - 0.5, withOpacity(colors.primary, 0.2));
+    strokeInside(painter, rect(), 1, radius::control - 0.5,
+                 withOpacity(SemanticColors(palette()).primary, 0.2));
   }
 }
 
 void PushButton::drawLabel(QPainter &painter, const QColor &color) {
   const bool hasSymbol = !symbolName_.isEmpty();
-  const int symbolWidth = hasSymbol ? scaledSize(symbolSize) + scaledSize(symbolSpacing) : 0;
+  const int symbolWidth = hasSymbol ? scaledSize(pushSymbolSize) + scaledSize(symbolSpacing) : 0;
   const int textWidth = fontMetrics().horizontalAdvance(text());
   const int left = (width() - symbolWidth - textWidth) / 2;
   if (hasSymbol) {
-    drawSymbol(painter, symbolName_, QPointF(left + scaledSize(symbolSize) / 2.0, height() / 2.0),
-               scaledSize(symbolSize), color);
+    drawSymbol(painter, symbolName_, QPointF(left + scaledSize(pushSymbolSize) / 2.0, height() / 2.0),
+               scaledSize(pushSymbolSize), color);
   }
   if (kind_ == Kind::Link && isEnabled() && (underMouse() || isDown())) {
     QFont underlined = font();

@@ -14,12 +14,11 @@
 namespace lumiwren {
 namespace {
 
-constexpr int margin = 12;          // between the edges of the host and of the sheet, at the least
+constexpr int sheetMargin = 12;     // between the edges of the host and of the sheet, at the least
 constexpr int slideDuration = 200;  // ms
-constexpr qreal cornerRadius = 10;
+constexpr qreal sheetCornerRadius = 10;
 constexpr double dimming = 0.22;
 constexpr double dimmingInTheDark = 0.5;
-constexpr double outlineOpacity = 0.16;
 
 }  // namespace
 
@@ -76,8 +75,8 @@ protected:
     const SemanticColors colors(palette());
     painter.setPen(Qt::NoPen);
     painter.setBrush(colors.windowBackground);
-    painter.drawRoundedRect(rectOnPixels(painter, rect()), cornerRadius, cornerRadius);
-    strokeInside(painter, rect(), 1, cornerRadius, withOpacity(colors.primary, outlineOpacity));
+    painter.drawRoundedRect(rectOnPixels(painter, rect()), sheetCornerRadius, sheetCornerRadius);
+    strokeInside(painter, rect(), 1, sheetCornerRadius, withOpacity(colors.primary, outlineOpacity));
   }
 
 private:
@@ -161,7 +160,7 @@ QPoint SheetHost::placeOf(QSize sheet) const {
 void SheetHost::arrange() {
   setGeometry(parentWidget()->rect());
   if (sheet_) {
-    const QSize room = size().shrunkBy({margin, margin, margin, margin});
+    const QSize room = size().shrunkBy({sheetMargin, sheetMargin, sheetMargin, sheetMargin});
     sheet_->resize(sheet_->content().sizeHint().boundedTo(room));
     sheet_->move(placeOf(sheet_->size()));
   }

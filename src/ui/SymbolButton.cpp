@@ -14,7 +14,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int margin = 2;
+constexpr int symbolMargin = 2;
 constexpr double pressedOpacity = 0.6;
 constexpr double hoverOpacity = 0.1;
 
@@ -36,7 +36,7 @@ void SymbolButton::setSymbol(const QString &symbolName, const QString &name) {
 }
 
 QSize SymbolButton::sizeHint() const {
-  const int side = scaledSize(size_) + 2 * margin;
+  const int side = scaledSize(size_) + 2 * symbolMargin;
   return {side, side};
 }
 

@@ -13,7 +13,7 @@ namespace lumiwren {
 namespace {
 
 // Of the frame, in which nothing is drawn over the focus ring; the document has a margin of its own.
-constexpr int horizontalPadding = 4;
+constexpr int areaHorizontalPadding = 4;
 constexpr int verticalPadding = 3;
 
 }  // namespace
@@ -21,7 +21,7 @@ constexpr int verticalPadding = 3;
 TextArea::TextArea(const QString &name, QWidget *parent) : QPlainTextEdit(parent) {
   setAccessibleName(name);
   setFrameShape(QFrame::NoFrame);
-  setViewportMargins(horizontalPadding, verticalPadding, 0, verticalPadding);
+  setViewportMargins(areaHorizontalPadding, verticalPadding, 0, verticalPadding);
   viewport()->setAutoFillBackground(false);
   setVerticalScrollBar(new ThinScrollBar);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -18,9 +18,9 @@
 namespace lumiwren {
 namespace {
 
-constexpr int fontSize = 13;
+constexpr int fieldFontSize = 13;
 constexpr int preferredWidth = 200;
-constexpr int horizontalPadding = 8;
+constexpr int fieldHorizontalPadding = 8;
 constexpr int toolkitMargin = 2;  // which the toolkit adds on either side of the text
 
 /// A field asks its style for everything about it but the text. The rest is that of the toolkit's own style,
@@ -50,7 +50,7 @@ public:
 
   QRect subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const override {
     if (element == SE_LineEditContents) {
-      constexpr int padding = horizontalPadding - toolkitMargin;
+      constexpr int padding = fieldHorizontalPadding - toolkitMargin;
       return option->rect.adjusted(padding, 1, -padding, -1);
     }
     return QProxyStyle::subElementRect(element, option, widget);
@@ -68,7 +68,7 @@ TextField::TextField(const QString &name, Face face, QWidget *parent) : QLineEdi
 }
 
 void TextField::adaptFont() {
-  setFont(face_ == Face::Monospaced ? monospacedSystemFont(fontSize) : systemFont(fontSize));
+  setFont(face_ == Face::Monospaced ? monospacedSystemFont(fieldFontSize) : systemFont(fieldFontSize));
 }
 
 QSize TextField::sizeHint() const {
@@ -76,7 +76,7 @@ QSize TextField::sizeHint() const {
 }
 
 QSize TextField::minimumSizeHint() const {
-  return {scaledSize(4 * horizontalPadding), sizeHint().height()};
+  return {scaledSize(4 * fieldHorizontalPadding), sizeHint().height()};
 }
 
 void TextField::changeEvent(QEvent *event) {

@@ -1,6 +1,5 @@
 #include "ai/KeychainManager.h"
 
-#include "platform/linux/LibsecretSecretStore.h"
 #include "platform/storage/SecretSession.h"
 #include "platform/testing/FakeSecretStore.h"
 
@@ -17,8 +16,8 @@ using testing::FakeSecretStore;
 using ::testing::IsEmpty;
 using Operation = FakeSecretStore::Operation;
 
-struct Fake {
-  static std::size_t itemCount(const Fake &fake) { return fake.store.itemCount(); }
+struct FakeKeyring {
+  static std::size_t itemCount(const FakeKeyring &fake) { return fake.store.itemCount(); }
   FakeSecretStore store;
 };
 
@@ -28,7 +27,7 @@ struct RealKeyring {
     return testing::SecretSession::itemCount("com.lumiwren.app", "openai-api-key");
   }
   testing::SecretSession session;
-  LibsecretSecretStore store;
+  testing::StoreOfSession store;
 };
 
 template <typename Subject>
@@ -45,8 +44,8 @@ protected:
   KeychainManager manager_{subject_.store};
 };
 
-using Subjects = ::testing::Types<Fake, RealKeyring>;
-TYPED_TEST_SUITE(KeychainManagerTest, Subjects);
+using Keyrings = ::testing::Types<FakeKeyring, RealKeyring>;
+TYPED_TEST_SUITE(KeychainManagerTest, Keyrings);
 
 TYPED_TEST(KeychainManagerTest, ThereIsNoKeyAtFirst) {
   EXPECT_EQ(this->read(), std::nullopt);
@@ -104,7 +103,7 @@ TEST_F(RealKeychainManagerTest, SavingReplacesAKeyThatTheUserHasStoredByHand) {
   EXPECT_EQ(itemCount(), 1U);
 }
 
-class FakeKeychainManagerTest : public KeychainManagerTest<Fake> {};
+class FakeKeychainManagerTest : public KeychainManagerTest<FakeKeyring> {};
 
 TEST_F(FakeKeychainManagerTest, SavingDeletesFirstAndThenAdds) {
   EXPECT_TRUE(save("sk-abc"));

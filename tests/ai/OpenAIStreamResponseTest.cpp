@@ -1,16 +1,21 @@
 #include "ai/OpenAIStreamResponse.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <limits>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
 
 namespace lumiwren {
 namespace {
 
 using namespace std::string_literals;
 
-std::optional<OpenAIStreamResponse> decode(std::string_view json) {
-  return OpenAIStreamResponse::decode(json);
+std::optional<OpenAIStreamResponse> decode(std::string_view encoded) {
+  return OpenAIStreamResponse::decode(encoded);
 }
 
 TEST(OpenAIStreamResponse, AnEmptyObjectDecodesToARecordWithAllFieldsAbsent) {
@@ -51,14 +56,14 @@ TEST(OpenAIStreamResponse, AnEmptyContentWithANullFinishReasonIsPresent) {
 }
 
 TEST(OpenAIStreamResponse, NullsAndMissingKeysLeaveFieldsAbsent) {
-  for (const auto *const json : {
+  for (const auto *const encoded : {
            R"({"id":null,"object":null,"created":null,"model":null,"choices":null})",
            R"({"choices":[]})",
            R"({"choices":[{}]})",
            R"({"choices":[{"index":null,"delta":null,"finish_reason":null}]})",
            R"({"choices":[{"delta":{"role":null,"content":null}}]})",
        }) {
-    EXPECT_TRUE(decode(json)) << json;
+    EXPECT_TRUE(decode(encoded)) << encoded;
   }
   EXPECT_FALSE(decode(R"({"choices":null})")->choices);
   EXPECT_FALSE(decode(R"({"choices":[{"delta":null}]})")->choices->at(0).delta);
@@ -124,12 +129,13 @@ TEST(OpenAIStreamResponse, AWrongTypeInALaterChoiceFailsAsAWhole) {
 TEST(OpenAIStreamResponse, UnknownKeysAreIgnoredWhateverTheyHold) {
   for (const auto *const value : {"1", "-1.5e3", "\"x\"", "null", "true", "[]", "{}", "[[{\"choices\":1}]]",
                                   "{\"id\":1,\"choices\":[{\"delta\":{\"content\":7}}]}"}) {
-    const auto json = R"({"x":)" + std::string(value) + R"(,"choices":[{"x":)" + value + R"(,"delta":{"x":)" +
-                      value + R"(,"content":"kept","y":)" + value + R"(}}],"usage":)" + value + "}";
-    const auto chunk = decode(json);
-    ASSERT_TRUE(chunk) << json;
-    ASSERT_EQ(chunk->choices->size(), 1U) << json;
-    EXPECT_EQ(chunk->choices->at(0).delta->content, "kept") << json;
+    const auto encoded = R"({"x":)" + std::string(value) + R"(,"choices":[{"x":)" + value +
+                         R"(,"delta":{"x":)" + value + R"(,"content":"kept","y":)" + value +
+                         R"(}}],"usage":)" + value + "}";
+    const auto chunk = decode(encoded);
+    ASSERT_TRUE(chunk) << encoded;
+    ASSERT_EQ(chunk->choices->size(), 1U) << encoded;
+    EXPECT_EQ(chunk->choices->at(0).delta->content, "kept") << encoded;
   }
 }
 
@@ -188,9 +194,10 @@ TEST(OpenAIStreamResponse, OfAKeyThatIsThereTwiceTheLastOneCounts) {
 }
 
 TEST(OpenAIStreamResponse, WhatIsNoObjectFails) {
-  for (const auto *const json : {"", " ", "null", "true", "1", "1.5", "\"x\"", "[]", "[{}]", "{", "}", "{}}",
-                                 "{} {}", "{\"id\"}", "{\"id\":}", "{\"id\":\"x\",}", "{id:1}", "[DONE]"}) {
-    EXPECT_FALSE(decode(json)) << json;
+  for (const auto *const encoded :
+       {"", " ", "null", "true", "1", "1.5", "\"x\"", "[]", "[{}]", "{", "}", "{}}", "{} {}", "{\"id\"}",
+        "{\"id\":}", "{\"id\":\"x\",}", "{id:1}", "[DONE]"}) {
+    EXPECT_FALSE(decode(encoded)) << encoded;
   }
 }
 
@@ -209,6 +216,62 @@ TEST(OpenAIStreamResponse, WhatCannotBeTextFails) {
                                 "\xED\xA0\xBD", "\n", "\x01"}) {
     EXPECT_FALSE(decode(R"({"choices":[{"delta":{"content":")" + bad + "\"}}]}")) << bad;
   }
+}
+
+/// The text of a content that decode() must give, by the other parser's tree; empty where there must be no
+/// chunk.
+std::optional<std::string> contentInTree(const std::string &encoded) {
+  const auto tree = nlohmann::json::parse(encoded, nullptr, false);
+  const auto isText = [](const nlohmann::json &object, const char *key) {
+    return !object.contains(key) || object[key].is_string() || object[key].is_null();
+  };
+  const auto isWhole = [](const nlohmann::json &object, const char *key) {
+    return !object.contains(key) || object[key].is_number_integer() || object[key].is_null();
+  };
+  if (!tree.is_object() || !isText(tree, "id") || !isWhole(tree, "created") || !tree.contains("choices")) {
+    return std::nullopt;
+  }
+  const auto &choices = tree["choices"];
+  if (!choices.is_array() || choices.size() != 1 || !choices[0].is_object() ||
+      !isWhole(choices[0], "index") || !choices[0].contains("delta")) {
+    return std::nullopt;
+  }
+  const auto &delta = choices[0]["delta"];
+  const bool hasContent = delta.is_object() && delta.contains("content") && delta["content"].is_string();
+  return hasContent ? std::optional(delta["content"].get<std::string>()) : std::nullopt;
+}
+
+TEST(OpenAIStreamResponse, ChangedChunksAreReadAsAnotherParserReadsThem) {
+  const std::string chunk =
+      R"({"id":"a","created":17,"x":[1.5,true,{"y":"z"}],"choices":[{"index":0,"delta":{"content":"h\u00e9 \ud83d\udc26 é"}}]})";
+  ASSERT_TRUE(contentInTree(chunk));
+  const std::string_view bytes("\"\\{}[]:,0123456789.-+eEu \x00\x1f\x80\xc3\xff", 30);
+  std::mt19937 random(1);
+  std::size_t read = 0;
+  for (int round = 0; round < 20'000; ++round) {
+    std::string changed = chunk;
+    for (auto count = random() % 3 + 1; count > 0; --count) {
+      const std::size_t place = random() % changed.size();
+      if (random() % 2 == 0) {
+        changed[place] = bytes[random() % bytes.size()];
+      } else {
+        changed.erase(place, 1);
+      }
+    }
+    const auto decoded = decode(changed);
+    const auto content = contentInTree(changed);
+    if (content) {
+      ASSERT_TRUE(decoded) << changed;
+      EXPECT_EQ(decoded->choices->at(0).delta->content, content) << changed;
+      ++read;
+    } else {
+      EXPECT_FALSE(decoded && decoded->choices && decoded->choices->size() == 1 &&
+                   decoded->choices->at(0).delta && decoded->choices->at(0).delta->content)
+          << changed;
+    }
+    EXPECT_LE(decoded.has_value(), nlohmann::json::accept(changed)) << changed;
+  }
+  EXPECT_GT(read, 1000U);  // not all is broken
 }
 
 TEST(OpenAIStreamResponse, DeepNestingNeitherCrashesNorMatters) {

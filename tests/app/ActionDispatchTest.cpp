@@ -287,6 +287,13 @@ TEST_F(ActionDispatchTest, WithoutTrustNoPopupOpens) {
   EXPECT_EQ(popup.panel(), nullptr);
 }
 
+TEST_F(ActionDispatchTest, TheNetworkIsPreparedWhileTheTextIsCaptured) {
+  dispatch->dispatchAction(addAction("{text}"));
+  waitUntil([&] { return shown().originalText == "Getting text..."; });
+  EXPECT_TRUE(platform.httpClient().isPrepared());
+  EXPECT_THAT(platform.httpClient().requests(), IsEmpty());
+}
+
 TEST_F(ActionDispatchTest, AFailedCaptureShowsItsMessage) {
   platform.pasteboard().setNextCopy(std::nullopt);
   dispatch->dispatchAction(addAction("{text}"));
@@ -342,10 +349,11 @@ TEST_F(CaptureActionTest, TheRecognisedTextIsShownAndAnswered) {
   EXPECT_EQ(platform.selectionCopy().copies, 0);
 }
 
-TEST_F(CaptureActionTest, TheEngineLoadsWhileTheUserDraws) {
+TEST_F(CaptureActionTest, TheEngineAndTheNetworkLoadWhileTheUserDraws) {
   dispatchCapture();
   waitForTool();
   EXPECT_EQ(platform.textRecognizer().prepareCount(), 1U);
+  EXPECT_TRUE(platform.httpClient().isPrepared());
 }
 
 TEST_F(CaptureActionTest, WithoutAKeyTheMessageIsShownAndNothingIsCapturedOrProbed) {

@@ -253,6 +253,7 @@ TEST_F(AppDelegateTest, AClickIntoAnotherApplicationClosesTheMenu) {
   launch();
   for (const EventKind kind : {EventKind::LeftMouseDown, EventKind::RightMouseDown}) {
     openMenu();
+    pass(milliseconds(100));
     platform.eventMonitors().pressElsewhere({kind});
     mainQueue.runPending();
     EXPECT_EQ(popover(), nullptr);
@@ -260,9 +261,18 @@ TEST_F(AppDelegateTest, AClickIntoAnotherApplicationClosesTheMenu) {
   }
 }
 
+TEST_F(AppDelegateTest, APressThatIsToldAfterTheClickThatItBelongsToDoesNotCloseTheMenu) {
+  launch();
+  openMenu();
+  platform.eventMonitors().pressElsewhere({EventKind::LeftMouseDown});
+  mainQueue.runPending();
+  EXPECT_NE(popover(), nullptr);
+}
+
 TEST_F(AppDelegateTest, TheClickOnTheIconThatClosesTheMenuDoesNotOpenItAgain) {
   launch();
   openMenu();
+  pass(milliseconds(100));
   platform.eventMonitors().pressElsewhere({EventKind::LeftMouseDown});
   mainQueue.runPending();
   delegate->togglePopover({100, 100});

@@ -76,7 +76,8 @@ protected:
   QDBusConnection item_ = bus_.connect();
   QDBusConnection panel_ = bus_.connect();
   QString chosen_;
-  DBusMenu menu_{item_, QStringLiteral("/MenuBar")};
+  std::function<void()> aboutToShow_ = [] {};
+  DBusMenu menu_{item_, QStringLiteral("/MenuBar"), [this] { aboutToShow_(); }};
 };
 
 TEST_F(DBusMenuTest, TheLayoutHasAllEntriesInOrder) {
@@ -197,6 +198,34 @@ TEST_F(DBusMenuTest, NothingNeedsAnUpdateBeforeItIsShown) {
   const QDBusMessage reply = menu("AboutToShowGroup", {QVariant::fromValue(QList<int>{0, 1, 8})});
   EXPECT_TRUE(qdbus_cast<QList<int>>(reply.arguments().value(0)).isEmpty());
   EXPECT_EQ(qdbus_cast<QList<int>>(reply.arguments().value(1)), QList<int>{8});
+}
+
+TEST_F(DBusMenuTest, EntriesThatChangeForAShowingAreAnUpdateOfIt) {
+  bool isEnabled = false;
+  aboutToShow_ = [&] {
+    menu_.setEntries({{.id = 1, .label = QStringLiteral("Check"), .action = [] {}, .enabled = isEnabled}});
+  };
+  EXPECT_EQ(menu("AboutToShow", {0}).arguments().value(0), true);
+  EXPECT_EQ(layout(1, 0).properties.value(QStringLiteral("enabled")), false);
+  EXPECT_EQ(menu("AboutToShow", {0}).arguments().value(0), false);
+  isEnabled = true;
+  EXPECT_EQ(menu("AboutToShow", {1}).arguments().value(0), false);  // that entry has nothing to show
+  const QDBusMessage reply = menu("AboutToShowGroup", {QVariant::fromValue(QList<int>{0, 1})});
+  EXPECT_EQ(qdbus_cast<QList<int>>(reply.arguments().value(0)), QList<int>{0});
+  EXPECT_EQ(layout(1, 0).properties.value(QStringLiteral("enabled")), true);
+}
+
+TEST_F(DBusMenuTest, EntriesThatLookTheSameAreNotAnnounced) {
+  const auto revision = [&] {
+    return menu("GetLayout", {0, 0, QStringList()}).arguments().value(0).toUInt();
+  };
+  const std::vector<MenuEntry> same{{.id = 1, .label = QStringLiteral("Quit"), .action = [] {}}};
+  menu_.setEntries(same);
+  const uint before = revision();
+  menu_.setEntries(same);
+  EXPECT_EQ(revision(), before);
+  menu_.setEntries({});
+  EXPECT_GT(revision(), before);
 }
 
 TEST_F(DBusMenuTest, UnknownEntriesAndPropertiesAreErrors) {

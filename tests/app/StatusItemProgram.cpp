@@ -1,5 +1,5 @@
-// A program that is nothing but its status item. It prints "activated X Y" when the item is chosen, and
-// "quit" when that is chosen in its menu; then it ends.
+// A program that is nothing but its status item. It prints "activated X Y" when the item is chosen,
+// "about to show the menu", and "quit" when that is chosen in its menu; then it ends.
 
 #include "app/StatusItem.h"
 
@@ -15,6 +15,10 @@ int main(int argc, char **argv) {
       QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("item")),
       [](QPoint position) {
         std::printf("activated %d %d\n", position.x(), position.y());
+        std::fflush(stdout);
+      },
+      [] {
+        std::puts("about to show the menu");
         std::fflush(stdout);
       });
   item.setEntries({{.id = 1, .label = QStringLiteral("Quit"), .action = [] {

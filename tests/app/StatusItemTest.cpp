@@ -164,6 +164,8 @@ TEST_F(StatusItemTest, QuitIsInTheMenuOfThePanel) {
            {QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("Menu")});
   const QByteArray menu =
       reply.arguments().value(0).value<QDBusVariant>().variant().value<QDBusObjectPath>().path().toLatin1();
+  call(watcher.items().constLast(), menu.constData(), "com.canonical.dbusmenu", "AboutToShow", {0});
+  EXPECT_TRUE(program_->waitForLine("about to show the menu"));
   const QDBusMessage answer = call(watcher.items().constLast(), menu.constData(), "com.canonical.dbusmenu",
                                    "GetLayout", {0, -1, QStringList()});
   const auto layout = qdbus_cast<DBusMenuLayout>(answer.arguments().value(1));
@@ -187,10 +189,12 @@ TEST_F(StatusItemTest, AContextMenuIsShownAtItsPosition) {
   EXPECT_THAT(screen.windows(), Not(Contains(QPoint(300, 200))));
   call(watcher.items().constLast(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "ContextMenu",
        {300, 200});
+  EXPECT_TRUE(program_->waitForLine("about to show the menu"));
   ASSERT_TRUE(seen([&] {
     const auto windows = screen.windows();
     return std::find(windows.begin(), windows.end(), QPoint(300, 200)) != windows.end();
   }));
+  ASSERT_TRUE(seen([&] { return screen.keyboardIsGrabbed(); }));
   screen.press(keyDown);
   screen.press(keyReturn);
   EXPECT_TRUE(program_->waitForLine("quit"));
@@ -229,7 +233,8 @@ TEST_F(StatusItemTest, QuitIsInTheMenuOfTheEmbeddedIcon) {
   ASSERT_TRUE(seen([&] { return tray.showsColour(iconColour); }));
   const std::size_t before = tray.screen().windows().size();
   tray.screen().click(XEmbedTray::iconCentre, 3);
-  ASSERT_TRUE(seen([&] { return tray.screen().windows().size() > before; }));
+  ASSERT_TRUE(
+      seen([&] { return tray.screen().windows().size() > before && tray.screen().keyboardIsGrabbed(); }));
   tray.screen().press(keyDown);
   tray.screen().press(keyReturn);
   EXPECT_TRUE(program_->waitForLine("quit"));

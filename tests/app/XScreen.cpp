@@ -19,11 +19,15 @@ std::unique_ptr<T, decltype(&std::free)> owned(T *reply) {
 }  // namespace
 
 XScreen::XScreen(const std::string &display)
-    : connection_(xcb_connect(display.c_str(), nullptr), &xcb_disconnect) {
-  if (xcb_connection_has_error(connection())) {
+    : connection_(xcb_connect(display.c_str(), nullptr), &xcb_disconnect),
+      focusChanges_(xcb_connect(display.c_str(), nullptr), &xcb_disconnect) {
+  if (xcb_connection_has_error(connection()) || xcb_connection_has_error(focusChanges_.get())) {
     throw std::runtime_error("no X server at " + display);
   }
   root_ = xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root;
+  const uint32_t events = XCB_EVENT_MASK_FOCUS_CHANGE;
+  xcb_change_window_attributes(focusChanges_.get(), root_, XCB_CW_EVENT_MASK, &events);
+  xcb_flush(focusChanges_.get());
 }
 
 xcb_atom_t XScreen::atom(const std::string &name) const {
@@ -89,6 +93,20 @@ void XScreen::press(uint32_t keysym) const {
     }
   }
   throw std::runtime_error("no key for the keysym");
+}
+
+bool XScreen::keyboardIsGrabbed() const {
+  while (const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> event{
+      xcb_poll_for_event(focusChanges_.get()), &std::free}) {
+    // Where no window has the focus, the root window is told of grabs.
+    const auto type = event->response_type & 0x7f;
+    if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
+      const auto mode = reinterpret_cast<const xcb_focus_in_event_t &>(*event).mode;
+      keyboardIsGrabbed_ =
+          mode == XCB_NOTIFY_MODE_GRAB || (keyboardIsGrabbed_ && mode != XCB_NOTIFY_MODE_UNGRAB);
+    }
+  }
+  return keyboardIsGrabbed_;
 }
 
 }  // namespace lumiwren::testing

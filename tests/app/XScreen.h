@@ -28,10 +28,16 @@ public:
   int pixels(QRgb colour) const;
   void click(QPoint position, uint8_t button) const;
   void press(uint32_t keysym) const;
+  /// Whether a program has taken the keyboard for itself, as one with an open menu does.
+  bool keyboardIsGrabbed() const;
 
 private:
-  std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection_;
+  using Connection = std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)>;
+
+  Connection connection_;
+  Connection focusChanges_;  // has these events only
   xcb_window_t root_ = XCB_NONE;
+  mutable bool keyboardIsGrabbed_ = false;
 };
 
 }  // namespace lumiwren::testing

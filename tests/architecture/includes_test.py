@@ -15,7 +15,7 @@ FLOORS = {
     "platform/linux/pasteboardholder": {"base", "platform", "platform/linux", "platform/linux/x11", "x11"},
     "platform/linux/screencapture": {"base", "platform", "platform/linux", "platform/linux/x11"},
     "platform/linux/appearance": {"base", "platform", "qt"},
-    "platform/linux/recognition": {"base", "platform"},
+    "platform/linux/recognition": {"base", "platform", "platform/linux"},
     "platform/linux/updates": {"base", "platform", "platform/linux"},
     "platform/linux/session": {"base", "platform", "platform/linux", "platform/linux/appearance",
                                "platform/linux/recognition", "platform/linux/updates", "platform/linux/x11", "qt"},

@@ -1,5 +1,6 @@
 #include "base/MainQueue.h"
 
+#include "base/EndsTasks.h"
 #include "base/Task.h"
 
 #include <gmock/gmock.h>
@@ -16,16 +17,8 @@ namespace {
 
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
-
-constexpr auto patience = 30s;
-
-/// Ends every task before anything that was declared earlier goes.
-struct EndsTasks {
-  EndsTasks() = default;
-  EndsTasks(const EndsTasks &) = delete;
-  EndsTasks &operator=(const EndsTasks &) = delete;
-  ~EndsTasks() { EXPECT_TRUE(Task::endAll(patience)); }
-};
+using testing::EndsTasks;
+using testing::patience;
 
 /// The test's thread is the queue's main thread; the test is its loop, and time is what the test says.
 class MainQueueTest : public ::testing::Test {

@@ -1,5 +1,7 @@
 #include "base/Task.h"
 
+#include "base/EndsTasks.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -11,17 +13,8 @@ namespace lumiwren {
 namespace {
 
 using namespace std::chrono_literals;
-
-// How long a test waits for what must happen on the busiest machine.
-constexpr auto patience = 30s;
-
-/// Ends every task before anything that was declared earlier goes.
-struct EndsTasks {
-  EndsTasks() = default;
-  EndsTasks(const EndsTasks &) = delete;
-  EndsTasks &operator=(const EndsTasks &) = delete;
-  ~EndsTasks() { EXPECT_TRUE(Task::endAll(patience)); }
-};
+using testing::EndsTasks;
+using testing::patience;
 
 /// What a body tells the test.
 class Event {

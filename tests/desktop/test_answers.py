@@ -1,14 +1,14 @@
 """What the service sends, and what the panel then shows; what actions say, and what the service then gets."""
 
-import json
+import pathlib
 import socket
 import threading
 
 import pytest
 from lab import DONE, API_KEY, sse, stays_false, wait_until
+from lab.actions_window import action, store_actions, stored_actions
 
 E, F = 14, 3  # key codes
-ALT_SHIFT = 0xA0000
 
 
 def ask(lumiwren):
@@ -26,6 +26,14 @@ def test_the_request_is_what_the_service_expects(desktop, service, lumiwren, edi
     assert set(body) == {"model", "messages", "max_tokens", "stream"}
     assert (body["model"], body["max_tokens"], body["stream"]) == ("gpt-4o-mini", 500, True)
     assert [role for role, _ in request.messages] == ["user"]
+
+
+def test_what_only_requests_need_is_loaded_for_the_first_one(desktop, service, lumiwren, editor):
+    memory = pathlib.Path(f"/proc/{lumiwren.process.pid}/maps")
+    assert "libcurl" not in memory.read_text()
+    ask(lumiwren)
+    service.wait_for_requests(1)
+    assert "libcurl" in memory.read_text()
 
 
 def test_the_panel_says_what_it_waits_for(desktop, service, lumiwren, editor):
@@ -167,53 +175,40 @@ def test_the_next_request_uses_the_same_connection(desktop, service, lumiwren, e
 
 # -- actions as a user has edited them in the file -------------------------------------------------------------
 
-def action(prompt, key=E, name="Mine"):
-    return {"id": "A0B0C0D0-0000-4000-8000-000000000009", "name": name, "prompt": prompt, "isDefault": False,
-            "hotkey": {"keyCode": key, "modifiers": ALT_SHIFT}, "inputType": "Text Selection"}
-
-
-def store(desktop, actions, **more):
-    text = actions if isinstance(actions, str) else json.dumps(actions)
-    desktop.user_defaults().write_text(json.dumps(
-        {"customActions": text, "hasInitializedDefaultActions": True, "hasUpdatedDefaultPrompts_v1.4": True,
-         "hasLaunchedBefore": True, **more}))
-
-
 @pytest.mark.parametrize("prompt, filled", [
     ("First {text}, then {text}.", "First The selected text, then The selected text."),
     ("Say hello.", "Say hello."),
     ("{TEXT} {text", "{TEXT} {text"),
 ])
 def test_the_prompt_is_filled_where_it_says_so(desktop, service, programs, editor, prompt, filled):
-    store(desktop, [action(prompt)])
+    store_actions(desktop, [action("Mine", prompt, E)])
     ask(programs.start(desktop, service))
     assert service.wait_for_requests(1).prompt == filled
 
 
 def test_the_first_of_two_actions_with_one_hotkey_is_run(desktop, service, programs, editor):
-    store(desktop, [action("one {text}"), action("two {text}")])
+    store_actions(desktop, [action("Mine", "one {text}", E), action("Mine", "two {text}", E)])
     ask(programs.start(desktop, service)).wait_enabled()
     assert [request.prompt for request in service.requests] == ["one The selected text"]
 
 
 def test_an_action_can_have_any_key(desktop, service, programs, editor):
-    store(desktop, [action("by F {text}", key=F)])
+    store_actions(desktop, [action("Mine", "by F {text}", F)])
     programs.start(desktop, service).press_hotkey("f")
     assert service.wait_for_requests(1).prompt == "by F The selected text"
 
 
 def test_stored_actions_without_the_mark_of_the_first_start_come_after_the_defaults(desktop, service, programs):
-    store(desktop, [action("mine {text}", key=F)], hasInitializedDefaultActions=False)
+    store_actions(desktop, [action("Mine", "mine {text}", F)], hasInitializedDefaultActions=False)
     programs.start(desktop, service)
-    stored = json.loads(json.loads(desktop.user_defaults().read_text())["customActions"])
-    assert [entry["name"] for entry in stored] == ["Explain Selected Text", "Explain Screen Region",
-                                                   "Translate to English", "Mine"]
+    assert [entry["name"] for entry in stored_actions(desktop)] == ["Explain Selected Text", "Explain Screen Region",
+                                                                    "Translate to English", "Mine"]
 
 
-@pytest.mark.parametrize("actions", ["[{\"id\": 1}]", "not json", [{**action("x"), "inputType": "textSelection"}]],
+@pytest.mark.parametrize("actions", ["[{\"id\": 1}]", "not json", [action("Mine", inputType="textSelection")]],
                          ids=["incomplete", "no list", "unknown input"])
 def test_a_list_that_cannot_be_read_is_told_and_harms_nothing(desktop, service, programs, editor, actions):
-    store(desktop, actions)
+    store_actions(desktop, actions, hasLaunchedBefore=True)
     before = desktop.user_defaults().read_text()
     lumiwren = programs.start(desktop, service)
     assert "Failed to load custom actions: " in lumiwren.process.output

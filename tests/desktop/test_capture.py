@@ -1,10 +1,10 @@
 """From a selection in an application to the request that carries it."""
 
-import json
 import time
 
 import pytest
 from lab import Chromium, Desktop, GtkEditor, QtEditor, QtReader, VteTerminal, XTerm, wait_until
+from lab.actions_window import action, store_actions
 
 TEXT = "Zaunkönig и 🐦 “quoted” \\ done"
 NOTHING_SELECTED = "No text selected. Please highlight some text and try again."
@@ -29,11 +29,7 @@ def test_text_selected_in_an_application_is_explained(desktop, service, lumiwren
 def test_text_selected_where_letters_with_alt_are_typed_is_explained_by_a_hotkey_that_types_nothing(
         desktop, service, programs):
     control_option = 0xC0000
-    action = {"id": "A0B0C0D0-0000-4000-8000-000000000009", "name": "Mine", "prompt": "Mine: {text}",
-              "isDefault": False, "hotkey": {"keyCode": 14, "modifiers": control_option},
-              "inputType": "Text Selection"}
-    desktop.user_defaults().write_text(json.dumps({"customActions": json.dumps([action]),
-                                                   "hasInitializedDefaultActions": True}))
+    store_actions(desktop, [action("Mine", "Mine: {text}", 14, control_option)])
     programs.start(desktop, service)
     window = QtEditor(desktop, TEXT)
     window.select_all(TEXT)

@@ -126,7 +126,7 @@ def test_the_welcome_can_be_closed_and_the_program_goes_on(welcome, keyless, ser
     keyless.display.press("Escape")
     welcome.wait_gone()
     assert stored(keyless) is None
-    assert "Quit" in welcome.lumiwren.status_item.menu()
+    assert "Quit" in welcome.lumiwren.status_item.entries()
 
 
 # -- the form for the key --------------------------------------------------------------------------------------

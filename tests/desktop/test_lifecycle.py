@@ -11,7 +11,7 @@ def items_of(desktop, lumiwren):
 
 
 def test_the_status_item_has_a_menu_with_quit(desktop, service, lumiwren):
-    assert "Quit" in lumiwren.status_item.menu()
+    assert "Quit" in lumiwren.status_item.entries()
     assert lumiwren.quit() == 0
     wait_until(lambda: not lumiwren.processes(), "the end of all its processes")
 
@@ -54,7 +54,7 @@ def test_it_runs_without_a_tray_and_joins_one_that_comes_later(service, programs
     with Desktop(tray_host=False) as desktop:
         lumiwren = programs.start(desktop, service)
         desktop.start_tray_host()
-        assert "Quit" in lumiwren.status_item.menu()
+        assert "Quit" in lumiwren.status_item.entries()
         assert lumiwren.quit() == 0
 
 
@@ -64,7 +64,7 @@ def test_it_joins_a_tray_that_starts_anew(service, programs):
         assert lumiwren.status_item
         desktop.tray_host.close()
         desktop.start_tray_host()
-        assert "Quit" in lumiwren.status_item.menu()
+        assert "Quit" in lumiwren.status_item.entries()
         assert lumiwren.quit() == 0
 
 

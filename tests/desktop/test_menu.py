@@ -102,6 +102,19 @@ def test_a_click_into_another_application_closes_it_and_is_that_applications(des
         desktop.display.press("Escape")
 
 
+def test_where_a_compositor_runs_its_shadow_belongs_to_what_is_below(service, programs):
+    with Desktop("xfwm4") as desktop:
+        lumiwren = programs.start(desktop, service)
+        editor = GtkEditor(desktop, "Below", state="fullscreen")
+        menu = lumiwren.open_menu(400, 100).wait_focused()
+        assert all(menu.shadow)
+        assert menu.frame.y == 104 and menu.frame.centre[0] == 400
+        desktop.display.click(menu.frame.centre[0], menu.frame.bottom + 10)
+        menu.wait_gone()
+        wait_until(lambda: desktop.display.has_focus(editor.window), "the editor to have the keyboard")
+        assert lumiwren.terminate() == 0
+
+
 def test_a_click_on_the_icon_in_a_task_bar_opens_it_above_the_bar_and_another_closes_it(service, programs):
     with Desktop(tray_host=False) as desktop:
         desktop.start_panel()
@@ -205,6 +218,6 @@ def test_two_hundred_actions_scroll_and_their_names_are_only_names(desktop, serv
 
 
 def test_the_menu_of_the_tray_lists_the_same(desktop, service, lumiwren):
-    assert [label for label in lumiwren.status_item.menu() if label] == DEFAULTS + SETTINGS
+    assert [label for label in lumiwren.status_item.entries() if label] == DEFAULTS + SETTINGS
     lumiwren.status_item.choose("About Lumiwren")
     lumiwren.about.wait_shown().wait_focused()

@@ -15,8 +15,8 @@ namespace {
 
 // Around the line, so that nothing in it stands where a block begins or where white space is cut off. Both
 // end with a space towards the line, which is what the ends of a line count as for emphasis.
-constexpr std::string_view before = "a ";
-constexpr std::string_view after = " b";
+constexpr std::string_view lead = "a ";
+constexpr std::string_view trail = " b";
 
 class RunBuilder {
 public:
@@ -83,7 +83,7 @@ MarkdownInlineText interpretWithCMark(std::string_view line) {
   const std::unique_ptr<cmark_parser, decltype(&cmark_parser_free)> parser(
       cmark_parser_new(CMARK_OPT_DEFAULT), &cmark_parser_free);
   cmark_parser_attach_syntax_extension(parser.get(), cmark_find_syntax_extension("strikethrough"));
-  const auto text = std::string(before) + std::string(line) + std::string(after);
+  const auto text = std::string(lead) + std::string(line) + std::string(trail);
   cmark_parser_feed(parser.get(), text.data(), text.size());
   const std::unique_ptr<cmark_node, decltype(&cmark_node_free)> document(cmark_parser_finish(parser.get()),
                                                                          &cmark_node_free);
@@ -98,14 +98,14 @@ MarkdownInlineText interpretWithCMark(std::string_view line) {
     }
   }
   const auto &whole = builder.result();
-  if (!whole.text.starts_with(before) || !whole.text.ends_with(after) || whole.runs.front().length < 2 ||
+  if (!whole.text.starts_with(lead) || !whole.text.ends_with(trail) || whole.runs.front().length < 2 ||
       whole.runs.back().length < 2) {
     throw std::logic_error("cmark-gfm changed the text around the line");
   }
   RunBuilder inner;
   for (const auto &run : whole.runs) {
-    const auto begin = std::max(run.begin, before.size());
-    const auto end = std::min(run.begin + run.length, whole.text.size() - after.size());
+    const auto begin = std::max(run.begin, lead.size());
+    const auto end = std::min(run.begin + run.length, whole.text.size() - trail.size());
     if (begin < end) {
       inner.add(
           std::string_view(whole.text).substr(begin, end - begin), run.style,

@@ -1,23 +1,15 @@
-#include "markdown/FuzzTarget.h"
+#include "support/FuzzTarget.h"
 
 #include "base/Unicode.h"
 #include "markdown/MarkdownInline.h"
 #include "markdown/MarkdownParser.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
-using namespace lumiwren;
-
+namespace lumiwren {
 namespace {
 
-void require(bool holds, const char *what) {
-  if (!holds) {
-    std::fprintf(stderr, "does not hold: %s\n", what);
-    std::abort();
-  }
-}
+using testing::require;
 
 void checkInline(std::string_view line) {
   const auto result = parseInlineMarkdown(line);
@@ -78,8 +70,10 @@ private:
 };
 
 }  // namespace
+}  // namespace lumiwren
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+  using namespace lumiwren;
   const std::string_view text(reinterpret_cast<const char *>(data), size);
   ViewChecker check(text);
   for (const auto &block : parseMarkdownContent(text)) {

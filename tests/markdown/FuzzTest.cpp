@@ -1,5 +1,5 @@
-#include "markdown/FuzzTarget.h"
 #include "markdown/RandomText.h"
+#include "support/FuzzTarget.h"
 
 #include <gtest/gtest.h>
 

@@ -11,7 +11,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr std::array<std::string_view, 58> pieces{
+constexpr std::array<std::string_view, 58> blockPieces{
     "\n",           "\n",          "\n",     "\n",     "\n",         "\n",     "\n",     "\n",
     "\n\n",         "|",           "|",      "|",      "-",          "--",     "---",    ":",
     "|---|",        "|-",          " ",      " ",      "\t",         "\r",     "\r\n",   "# ",
@@ -24,7 +24,7 @@ constexpr std::array<std::string_view, 58> pieces{
 TEST(ParserDifferential, RandomDocumentsEqualTheSlowParser) {
   testing::RandomText random(5);
   for (int i = 0; i < 30'000; ++i) {
-    const auto text = random.of(pieces, 40);
+    const auto text = random.of(blockPieces, 40);
     ASSERT_EQ(testing::describe(parseMarkdownContent(text)), testing::describeBlocksSlowly(text)) << text;
   }
 }
@@ -32,7 +32,7 @@ TEST(ParserDifferential, RandomDocumentsEqualTheSlowParser) {
 TEST(ParserDifferential, EveryPrefixOfAnAnswerEqualsTheSlowParser) {
   testing::RandomText random(6);
   for (int i = 0; i < 150; ++i) {
-    const auto text = random.of(pieces, 60);
+    const auto text = random.of(blockPieces, 60);
     for (std::size_t length = 0; length <= text.size(); ++length) {
       const auto prefix = std::string_view(text).substr(0, length);
       // The slow parser reads whole code points; cut ones are the fuzz test's.

@@ -56,7 +56,7 @@ TEST(RoundedForm, CutsNothingButFourEqualCorners) {
 }
 
 TEST(ShadowedForm, IsClickedInThePanelAndALittleAroundIt) {
-  const auto form = shadowedForm({432, 332}, {16, 12, 16, 20}, 6);
+  const auto form = shadowedForm(432, 332, {16, 12, 16, 20}, 6);
   EXPECT_TRUE(form.visible.empty());
   EXPECT_EQ(form.clickable, (std::vector<WindowPart>{{10, 6, 412, 312}}));
   EXPECT_EQ(form.shadow, (WindowForm::Shadow{16, 12, 16, 20}));

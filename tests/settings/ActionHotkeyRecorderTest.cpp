@@ -16,7 +16,7 @@ namespace {
 
 using Combo = CustomAction::HotkeyCombo;
 
-constexpr std::uint64_t optionShift = modifier::option | modifier::shift;
+constexpr std::uint64_t heldModifiers = modifier::option | modifier::shift;
 
 class ActionHotkeyRecorderTest : public ::testing::Test {
 protected:
@@ -32,13 +32,13 @@ protected:
 };
 
 TEST_F(ActionHotkeyRecorderTest, RecordsNothingBeforeItIsStarted) {
-  EXPECT_EQ(press(40, optionShift), LocalEventResult::Pass);
+  EXPECT_EQ(press(40, heldModifiers), LocalEventResult::Pass);
   EXPECT_FALSE(recorder->recordedCombo());
 }
 
 TEST_F(ActionHotkeyRecorderTest, OptionShiftKIsRecordedAsKeyCode40With0xA0000) {
   recorder->startRecording();
-  EXPECT_EQ(press(40, optionShift), LocalEventResult::Consume);
+  EXPECT_EQ(press(40, heldModifiers), LocalEventResult::Consume);
   EXPECT_EQ(recorder->recordedCombo(), (Combo{40, 0xA0000}));
   EXPECT_EQ(recorder->recordedCombo()->displayString(), "⌥⇧K");
 }
@@ -63,11 +63,11 @@ TEST_F(ActionHotkeyRecorderTest, ACombinationWithoutAModifierIsNeverRecordedAndP
 TEST_F(ActionHotkeyRecorderTest, PressingOnlyAModifierKeyRecordsNothing) {
   recorder->startRecording();
   for (std::uint16_t code = 54; code <= 63; ++code) {
-    EXPECT_EQ(press(code, optionShift), LocalEventResult::Pass) << code;
+    EXPECT_EQ(press(code, heldModifiers), LocalEventResult::Pass) << code;
   }
   EXPECT_FALSE(recorder->recordedCombo());
   for (const std::uint16_t code : std::initializer_list<std::uint16_t>{53, 64}) {
-    EXPECT_EQ(press(code, optionShift), LocalEventResult::Consume) << code;
+    EXPECT_EQ(press(code, heldModifiers), LocalEventResult::Consume) << code;
   }
 }
 
@@ -81,7 +81,7 @@ TEST_F(ActionHotkeyRecorderTest, TheCombinationComesOneTurnAfterThePress) {
   recorder->startRecording();
   int told = 0;
   const Handle observation = recorder->recordedComboChanged.observe([&told] { ++told; });
-  EXPECT_EQ(monitors.pressKeyHere(40, optionShift), LocalEventResult::Consume);
+  EXPECT_EQ(monitors.pressKeyHere(40, heldModifiers), LocalEventResult::Consume);
   EXPECT_FALSE(recorder->recordedCombo());
   EXPECT_EQ(told, 0);
   queue.runPending();
@@ -91,23 +91,23 @@ TEST_F(ActionHotkeyRecorderTest, TheCombinationComesOneTurnAfterThePress) {
 
 TEST_F(ActionHotkeyRecorderTest, EachFurtherCombinationReplacesTheOneBefore) {
   recorder->startRecording();
-  press(40, optionShift);
+  press(40, heldModifiers);
   press(1, modifier::command);
   EXPECT_EQ(recorder->recordedCombo(), (Combo{1, modifier::command}));
 }
 
 TEST_F(ActionHotkeyRecorderTest, StoppingForgetsTheCombinationAndLetsKeysPass) {
   recorder->startRecording();
-  press(40, optionShift);
+  press(40, heldModifiers);
   recorder->stopRecording();
   EXPECT_FALSE(recorder->recordedCombo());
   EXPECT_EQ(monitors.localMonitorCount(), 0U);
-  EXPECT_EQ(press(40, optionShift), LocalEventResult::Pass);
+  EXPECT_EQ(press(40, heldModifiers), LocalEventResult::Pass);
 }
 
 TEST_F(ActionHotkeyRecorderTest, StartingAgainForgetsTheCombinationAndAsksOnce) {
   recorder->startRecording();
-  press(40, optionShift);
+  press(40, heldModifiers);
   recorder->startRecording();
   EXPECT_FALSE(recorder->recordedCombo());
   EXPECT_EQ(monitors.localMonitorCount(), 1U);
@@ -115,11 +115,11 @@ TEST_F(ActionHotkeyRecorderTest, StartingAgainForgetsTheCombinationAndAsksOnce) 
 
 TEST_F(ActionHotkeyRecorderTest, ARecorderThatIsGoneRecordsNothing) {
   recorder->startRecording();
-  EXPECT_EQ(monitors.pressKeyHere(40, optionShift), LocalEventResult::Consume);
+  EXPECT_EQ(monitors.pressKeyHere(40, heldModifiers), LocalEventResult::Consume);
   recorder.reset();
   queue.runPending();
   EXPECT_EQ(monitors.localMonitorCount(), 0U);
-  EXPECT_EQ(press(40, optionShift), LocalEventResult::Pass);
+  EXPECT_EQ(press(40, heldModifiers), LocalEventResult::Pass);
 }
 
 TEST_F(ActionHotkeyRecorderTest, RecordingTheHotkeyOfAnActionDoesNotRunIt) {
@@ -129,16 +129,16 @@ TEST_F(ActionHotkeyRecorderTest, RecordingTheHotkeyOfAnActionDoesNotRunIt) {
   int runs = 0;
   hotkeys.onActionHotkeyPressed = [&runs](const UUID &) { ++runs; };
   hotkeys.startMonitoring();
-  press(keyCode::e, optionShift);
+  press(keyCode::e, heldModifiers);
   ASSERT_EQ(runs, 1);
 
   recorder->startRecording();
-  press(keyCode::e, optionShift);
+  press(keyCode::e, heldModifiers);
   EXPECT_EQ(runs, 1);
   EXPECT_EQ(recorder->recordedCombo(), CustomAction::defaultExplainText().hotkey);
 
   recorder->stopRecording();
-  press(keyCode::e, optionShift);
+  press(keyCode::e, heldModifiers);
   EXPECT_EQ(runs, 2);
 }
 

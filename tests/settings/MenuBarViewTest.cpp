@@ -335,5 +335,26 @@ TEST(PopoverPlace, IsOnTheScreenBelowItsAnchorOrAboveItWhereTheTrayIsAtTheBottom
   EXPECT_NEAR(popover.geometry().center().x(), screen.center().x(), 1);
 }
 
+TEST(PopoverPlace, WhereACompositorRunsItsShadowIsAroundItAndLetsClicksThrough) {
+  testing::FakePanelWindows panelWindows;
+  Popover popover(new QWidget, {220, 220}, panelWindows);
+  popover.showAt({400, 10});
+  const QRect without = popover.geometry();
+  EXPECT_EQ(panelWindows.forms.at(popover.winId()), WindowForm());
+
+  panelWindows.setTranslucencySupported(true);
+  EXPECT_EQ(popover.geometry().marginsRemoved(PanelShadow::margins), without);
+  const WindowForm &form = panelWindows.forms.at(popover.winId());
+  EXPECT_TRUE(form.visible.empty());
+  const WindowPart inside{PanelShadow::margins.left(), PanelShadow::margins.top(), without.width(),
+                          without.height()};
+  EXPECT_EQ(form.clickable, std::vector{inside});
+  EXPECT_EQ(form.shadow.bottom, PanelShadow::margins.bottom());
+
+  panelWindows.setTranslucencySupported(false);
+  EXPECT_EQ(popover.geometry(), without);
+  EXPECT_EQ(panelWindows.forms.at(popover.winId()), WindowForm());
+}
+
 }  // namespace
 }  // namespace lumiwren

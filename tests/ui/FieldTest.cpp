@@ -25,7 +25,7 @@ namespace {
 using testing::pressKey;
 using testing::rendered;
 
-const QString name = QStringLiteral("Name");
+const QString fieldName = QStringLiteral("Name");
 
 /// Counts the Returns that reach the window.
 class Window : public QWidget {
@@ -70,7 +70,7 @@ protected:
 };
 
 TEST_F(FieldTest, ATextFieldIsAControlHighWithAHairlineOrTheRingOfTheFocus) {
-  TextField field(name);
+  TextField field(fieldName);
   EXPECT_EQ(field.sizeHint().height(), 28);
   EXPECT_EQ(field.font().pixelSize(), 13);
   for (const auto &palette : {lightPalette(), darkPalette()}) {
@@ -82,7 +82,7 @@ TEST_F(FieldTest, ATextFieldIsAControlHighWithAHairlineOrTheRingOfTheFocus) {
 }
 
 TEST_F(FieldTest, ATextAreaHasTheSameLook) {
-  TextArea area(name);
+  TextArea area(fieldName);
   for (const auto &palette : {lightPalette(), darkPalette()}) {
     window_.setPalette(palette);
     show(area, {160, 80});
@@ -92,7 +92,7 @@ TEST_F(FieldTest, ATextAreaHasTheSameLook) {
 }
 
 TEST_F(FieldTest, ADesktopsStyleChangesNothing) {
-  TextField field(name);
+  TextField field(fieldName);
   show(field, {160, 28});
   const QImage before = rendered(field, 1);
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("windows")));
@@ -102,8 +102,8 @@ TEST_F(FieldTest, ADesktopsStyleChangesNothing) {
 }
 
 TEST_F(FieldTest, ThePlaceholderIsReadableAlsoWhenThePaletteChanges) {
-  TextField field(name);
-  TextArea area(name);
+  TextField field(fieldName);
+  TextArea area(fieldName);
   for (QWidget *const widget : {static_cast<QWidget *>(&field), static_cast<QWidget *>(&area)}) {
     widget->setParent(&window_);
     for (const auto &palette : {lightPalette(), darkPalette(), lightPalette()}) {
@@ -119,17 +119,17 @@ TEST_F(FieldTest, ThePlaceholderIsReadableAlsoWhenThePaletteChanges) {
 }
 
 TEST_F(FieldTest, NamesAndRolesAreKnownToAssistiveTechnology) {
-  TextField field(name);
-  TextArea area(name);
+  TextField field(fieldName);
+  TextArea area(fieldName);
   for (QWidget *const widget : {static_cast<QWidget *>(&field), static_cast<QWidget *>(&area)}) {
     auto *const accessible = QAccessible::queryAccessibleInterface(widget);
-    EXPECT_EQ(accessible->text(QAccessible::Name), name);
+    EXPECT_EQ(accessible->text(QAccessible::Name), fieldName);
     EXPECT_EQ(accessible->role(), QAccessible::EditableText);
   }
 }
 
 TEST_F(FieldTest, ReturnReachesTheWindowButForOneThatEndsComposing) {
-  TextField field(name, TextField::Face::System, &window_);
+  TextField field(fieldName, TextField::Face::System, &window_);
   QInputMethodEvent composing(QStringLiteral("ni"), {});
   QCoreApplication::sendEvent(&field, &composing);
   pressKey(field, Qt::Key_Return);
@@ -142,8 +142,8 @@ TEST_F(FieldTest, ReturnReachesTheWindowButForOneThatEndsComposing) {
 }
 
 TEST_F(FieldTest, HotkeysTypeNothingOverWhatIsSelected) {
-  TextField field(name);
-  TextArea area(name);
+  TextField field(fieldName);
+  TextArea area(fieldName);
   field.setText(QStringLiteral("Text"));
   area.setPlainText(QStringLiteral("Text"));
   field.selectAll();
@@ -164,7 +164,7 @@ TEST_F(FieldTest, HotkeysTypeNothingOverWhatIsSelected) {
 }
 
 TEST_F(FieldTest, ATextAreaTakesPlainTextOnlyAndIsLeftByTab) {
-  TextArea area(name);
+  TextArea area(fieldName);
   auto *const rich = new QMimeData;
   rich->setHtml(QStringLiteral("<b>bold</b>"));
   rich->setText(QStringLiteral("<b>plain</b>"));
@@ -175,14 +175,14 @@ TEST_F(FieldTest, ATextAreaTakesPlainTextOnlyAndIsLeftByTab) {
 }
 
 TEST_F(FieldTest, ATextAreaScrollsWithTheThinBar) {
-  TextArea area(name);
+  TextArea area(fieldName);
   EXPECT_NE(qobject_cast<ThinScrollBar *>(area.verticalScrollBar()), nullptr);
 }
 
 TEST_F(FieldTest, FieldsGrowWithTheText) {
-  TextField field(name);
-  TextField fixed(name, TextField::Face::Monospaced);
-  TextArea area(name);
+  TextField field(fieldName);
+  TextField fixed(fieldName, TextField::Face::Monospaced);
+  TextArea area(fieldName);
   EXPECT_TRUE(QFontInfo(fixed.font()).fixedPitch());
   setTextScale(2);
   EXPECT_EQ(field.sizeHint().height(), 56);

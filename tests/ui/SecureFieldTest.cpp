@@ -19,7 +19,7 @@ namespace {
 using testing::pressKey;
 using testing::typeText;
 
-const QString key = QStringLiteral("94#7");
+const QString secretKey = QStringLiteral("94#7");
 
 class SecureFieldTest : public ::testing::Test {
 protected:
@@ -48,15 +48,16 @@ protected:
     return all.join(QLatin1Char('|'));
   }
   static bool leaks(const QString &text) {
-    return std::any_of(key.begin(), key.end(), [&](QChar character) { return text.contains(character); });
+    return std::any_of(secretKey.begin(), secretKey.end(),
+                       [&](QChar character) { return text.contains(character); });
   }
 
   SecureField field_{QStringLiteral("API")};
 };
 
 TEST_F(SecureFieldTest, WhileMaskedAssistiveTechnologyLearnsNothingOfTheText) {
-  typeText(field_, key);
-  EXPECT_EQ(field_.secret(), Secret::copyOf(key.toStdString()));
+  typeText(field_, secretKey);
+  EXPECT_EQ(field_.secret(), Secret::copyOf(secretKey.toStdString()));
   EXPECT_FALSE(leaks(readable())) << readable().toStdString();
   field_.selectAll();
   EXPECT_FALSE(leaks(readable()));
@@ -71,17 +72,17 @@ TEST_F(SecureFieldTest, WhileMaskedAssistiveTechnologyLearnsNothingOfTheText) {
 }
 
 TEST_F(SecureFieldTest, ShownInTheClearAssistiveTechnologyReadsAndSelectsIt) {
-  field_.setSecret(Secret::copyOf(key.toStdString()));
+  field_.setSecret(Secret::copyOf(secretKey.toStdString()));
   field_.setMasked(false);
   auto *const accessible = QAccessible::queryAccessibleInterface(&field_);
   EXPECT_FALSE(accessible->state().passwordEdit);
   auto *const text = accessible->textInterface();
   ASSERT_NE(text, nullptr);
-  EXPECT_EQ(text->text(1, 3), key.mid(1, 2));
-  EXPECT_EQ(text->characterCount(), key.size());
+  EXPECT_EQ(text->text(1, 3), secretKey.mid(1, 2));
+  EXPECT_EQ(text->characterCount(), secretKey.size());
   EXPECT_EQ(text->selectionCount(), 0);
   text->addSelection(1, 3);
-  EXPECT_EQ(field_.selectedText(), key.mid(1, 2));
+  EXPECT_EQ(field_.selectedText(), secretKey.mid(1, 2));
   int start = 0;
   int end = 0;
   text->selection(0, &start, &end);
@@ -93,13 +94,13 @@ TEST_F(SecureFieldTest, ShownInTheClearAssistiveTechnologyReadsAndSelectsIt) {
 }
 
 TEST_F(SecureFieldTest, WhileMaskedNothingIsCopiedOrCut) {
-  field_.setSecret(Secret::copyOf(key.toStdString()));
+  field_.setSecret(Secret::copyOf(secretKey.toStdString()));
   field_.selectAll();
   for (const int letter : {Qt::Key_C, Qt::Key_X, Qt::Key_Insert}) {
     pressKey(field_, letter, {}, Qt::ControlModifier);
   }
   pressKey(field_, Qt::Key_Delete, {}, Qt::ShiftModifier);
-  EXPECT_EQ(field_.secret(), Secret::copyOf(key.toStdString()));
+  EXPECT_EQ(field_.secret(), Secret::copyOf(secretKey.toStdString()));
   field_.copy();
   field_.cut();
   EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("untouched"));
@@ -108,7 +109,7 @@ TEST_F(SecureFieldTest, WhileMaskedNothingIsCopiedOrCut) {
 }
 
 TEST_F(SecureFieldTest, WhileMaskedInputMethodsAreOffAndLearnNothing) {
-  field_.setSecret(Secret::copyOf(key.toStdString()));
+  field_.setSecret(Secret::copyOf(secretKey.toStdString()));
   field_.selectAll();
   const auto learnt = [&] {
     QStringList texts;
@@ -128,12 +129,12 @@ TEST_F(SecureFieldTest, WhileMaskedInputMethodsAreOffAndLearnNothing) {
 }
 
 TEST_F(SecureFieldTest, ShownInTheClearItIsAFieldLikeAnyOther) {
-  field_.setSecret(Secret::copyOf(key.toStdString()));
+  field_.setSecret(Secret::copyOf(secretKey.toStdString()));
   const QString masked = field_.displayText();
   EXPECT_FALSE(leaks(masked));
-  EXPECT_EQ(masked.size(), key.size());
+  EXPECT_EQ(masked.size(), secretKey.size());
   field_.setMasked(false);
-  EXPECT_EQ(field_.displayText(), key);
+  EXPECT_EQ(field_.displayText(), secretKey);
   EXPECT_FALSE(QAccessible::queryAccessibleInterface(&field_)->state().passwordEdit);
   EXPECT_TRUE(leaks(readable()));
   field_.setMasked(true);
@@ -151,12 +152,12 @@ TEST_F(SecureFieldTest, TheSecretIsExactlyWhatWasTyped) {
 }
 
 TEST_F(SecureFieldTest, SharedTextOutlivesTheField) {
-  const QString shared = key;
+  const QString shared = secretKey;
   {
     SecureField other(QStringLiteral("API"));
     other.setText(shared);
   }
-  EXPECT_EQ(shared, key);
+  EXPECT_EQ(shared, secretKey);
   EXPECT_FALSE(shared.contains(QChar(0)));
 }
 

@@ -9,9 +9,9 @@
 namespace lumiwren {
 namespace {
 
-constexpr qreal partSpacing = 4;
-constexpr qreal padding = 8;
-constexpr qreal cornerRadius = 6;
+constexpr qreal codePartSpacing = 4;
+constexpr qreal codePadding = 8;
+constexpr qreal codeCornerRadius = 6;
 constexpr int labelFontSize = 10;
 constexpr int codeFontSize = 12;
 
@@ -83,15 +83,15 @@ std::string_view CodeBlockView::line(std::size_t row) const {
 
 qreal CodeBlockView::gapAbove(std::size_t row) const {
   const std::size_t firstLine = hasLabel() ? 1 : 0;
-  return row != firstLine ? 0 : padding + (hasLabel() ? partSpacing : 0);
+  return row != firstLine ? 0 : codePadding + (hasLabel() ? codePartSpacing : 0);
 }
 
 qreal CodeBlockView::bottomPadding() const {
-  return padding;
+  return codePadding;
 }
 
 QRectF CodeBlockView::box() const {
-  const qreal top = hasLabel() ? rows().front().bottom() + partSpacing : 0;
+  const qreal top = hasLabel() ? rows().front().bottom() + codePartSpacing : 0;
   return {0, top, width(), height() - top};
 }
 
@@ -100,7 +100,7 @@ QRectF CodeBlockView::scrollPort() const {
 }
 
 qreal CodeBlockView::contentWidth() const {
-  return lines_.empty() ? 0 : lines_.back().widest + 2 * padding;
+  return lines_.empty() ? 0 : lines_.back().widest + 2 * codePadding;
 }
 
 std::optional<BlockView::RowExtent> CodeBlockView::knownExtent(std::size_t row) const {
@@ -133,7 +133,7 @@ qreal CodeBlockView::arrange(std::size_t row, std::vector<TextFragment> &texts) 
   if (!extent) {
     return height;
   }
-  text.place({padding, std::floor((extent->height - height) / 2)});
+  text.place({codePadding, std::floor((extent->height - height) / 2)});
   return extent->height;
 }
 
@@ -148,7 +148,7 @@ QColor CodeBlockView::color(std::size_t row, const SemanticColors &colors) const
 void CodeBlockView::paintBelow(const FragmentPainting &painting) const {
   painting.painter.setPen(Qt::NoPen);
   painting.painter.setBrush(painting.colors.controlBackground);
-  painting.painter.drawRoundedRect(box(), cornerRadius, cornerRadius);
+  painting.painter.drawRoundedRect(box(), codeCornerRadius, codeCornerRadius);
 }
 
 }  // namespace lumiwren

@@ -9,9 +9,9 @@ namespace lumiwren {
 namespace {
 
 constexpr qreal itemSpacing = 4;
-constexpr qreal partSpacing = 8;
+constexpr qreal listPartSpacing = 8;
 constexpr qreal numberBox = 20;
-constexpr int fontSize = 13;
+constexpr int listFontSize = 13;
 
 }  // namespace
 
@@ -39,7 +39,7 @@ QString ListView::rowText(std::size_t row) const {
 }
 
 void ListView::fill(std::size_t row, std::vector<TextFragment> &texts, const SemanticColors &colors) const {
-  const QFont font = systemFont(fontSize);
+  const QFont font = systemFont(listFontSize);
   if (texts.empty()) {
     texts.emplace_back(TextFragment::Wrapping::None);
     texts.emplace_back();
@@ -53,13 +53,13 @@ qreal ListView::arrange(std::size_t /*row*/, std::vector<TextFragment> &texts) c
   auto &item = texts[1];
   const qreal labelHeight = before.layOut(width());
   const qreal box = labelWidth(before);
-  const qreal itemHeight = item.layOut(width() - box - partSpacing);
+  const qreal itemHeight = item.layOut(width() - box - listPartSpacing);
   if (isRightToLeft_) {
     before.place({width() - box, 0});
     item.place({0, 0});
   } else {
     before.place({box - before.naturalWidth(), 0});
-    item.place({box + partSpacing, 0});
+    item.place({box + listPartSpacing, 0});
   }
   return std::max(labelHeight, itemHeight);
 }

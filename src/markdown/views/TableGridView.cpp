@@ -14,18 +14,18 @@
 namespace lumiwren {
 namespace {
 
-constexpr int fontSize = 12;
-constexpr qreal horizontalPadding = 10;
+constexpr int tableFontSize = 12;
+constexpr qreal cellHorizontalPadding = 10;
 constexpr qreal headerPadding = 6;
 constexpr qreal rowPadding = 5;
 constexpr qreal lineWidth = 1;
-constexpr qreal cornerRadius = 4;
+constexpr qreal tableCornerRadius = 4;
 constexpr qreal thumbStrip = 7;           // below the last row of a table that scrolls
 constexpr std::size_t measuredRows = 50;  // whose words decide how wide columns have to be
 constexpr qreal widestColumn = 140;       // for the sake of a long word
 
 QFont fontOf(std::size_t row) {
-  return row == 0 ? systemFont(fontSize, QFont::DemiBold) : systemFont(fontSize);
+  return row == 0 ? systemFont(tableFontSize, QFont::DemiBold) : systemFont(tableFontSize);
 }
 
 qreal paddingOf(std::size_t row) {
@@ -78,7 +78,7 @@ std::size_t TableGridView::prepareRows(std::size_t first) {
   const qreal share = (width() - (columns - 1) * lineWidth) / columns;
   const qreal needed =
       std::min(widestColumn, std::ceil(*std::max_element(widestWords_.begin(), widestWords_.end())) +
-                                 2 * horizontalPadding);
+                                 2 * cellHorizontalPadding);
   contentWidth_ = needed > share ? columns * (needed + lineWidth) - lineWidth : width();
   if (first > 0 && contentWidth_ == before) {
     return first;
@@ -98,7 +98,7 @@ qreal TableGridView::columnLeft(std::size_t column) const {
 }
 
 qreal TableGridView::textWidth(std::size_t column) const {
-  return columnLeft(column + 1) - columnLeft(column) - lineWidth - 2 * horizontalPadding;
+  return columnLeft(column + 1) - columnLeft(column) - lineWidth - 2 * cellHorizontalPadding;
 }
 
 qreal TableGridView::gapAbove(std::size_t row) const {
@@ -154,7 +154,7 @@ qreal TableGridView::arrange(std::size_t row, std::vector<TextFragment> &texts) 
     height = std::max(height, texts[column].layOut(textWidth(column)));
     const qreal left =
         isRightToLeft_ ? contentWidth_ + lineWidth - columnLeft(column + 1) : columnLeft(column);
-    texts[column].place({left + horizontalPadding, paddingOf(row)});
+    texts[column].place({left + cellHorizontalPadding, paddingOf(row)});
   }
   return height + 2 * paddingOf(row);
 }
@@ -187,7 +187,7 @@ void TableGridView::paintAbove(const FragmentPainting &painting) const {
     }
   }
   painter.restore();
-  strokeInside(painter, QRectF(0, 0, width(), height()), lineWidth, cornerRadius, border);
+  strokeInside(painter, QRectF(0, 0, width(), height()), lineWidth, tableCornerRadius, border);
 }
 
 }  // namespace lumiwren

@@ -1,5 +1,6 @@
 #include "platform/linux/CurlHTTPClient.h"
 
+#include "platform/linux/CurlLibrary.h"
 #include "platform/linux/CurlNetwork.h"
 #include "platform/linux/CurlTransfer.h"
 
@@ -52,6 +53,17 @@ CurlHTTPClient::CurlHTTPClient(std::string certificateDirectory)
 
 CurlHTTPClient::~CurlHTTPClient() {
   network_->quit();
+}
+
+void CurlHTTPClient::prepare() {
+  std::call_once(isPrepared_, [this] {
+    preparation_ = std::jthread([] {
+      try {
+        CurlLibrary::shared();
+      } catch (const TransportError &) {  // The request will say so.
+      }
+    });
+  });
 }
 
 std::unique_ptr<HTTPResponse> CurlHTTPClient::send(const HTTPRequest &request, const std::stop_token &token) {

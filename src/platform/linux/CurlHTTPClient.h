@@ -3,14 +3,17 @@
 #include "platform/HTTPClient.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 
 namespace lumiwren {
 
 class CurlNetwork;
 
-/// HTTPClient over libcurl, without a thread of its own (see CurlNetwork). HTTP/2 where the server has it,
-/// the proxy variables of the environment (never for this computer's own addresses).
+/// HTTPClient over libcurl, which is loaded when it is wanted, without a thread that stays (see CurlNetwork).
+/// HTTP/2 where the server has it, the proxy variables of the environment (never for this computer's own
+/// addresses).
 class CurlHTTPClient : public HTTPClient {
 public:
   /// Certificates are looked up one at a time in a directory with OpenSSL's hashed names: reading Debian's
@@ -21,6 +24,7 @@ public:
   /// Ends every transfer; who still waits for one gets CancellationError. Responses may outlive the client.
   ~CurlHTTPClient() override;
 
+  void prepare() override;
   std::unique_ptr<HTTPResponse> send(const HTTPRequest &request, const std::stop_token &token) override;
 
   /// SSL_CERT_DIR, as for all of OpenSSL's clients, or else where Debian keeps its certificates.
@@ -28,6 +32,8 @@ public:
 
 private:
   const std::shared_ptr<CurlNetwork> network_;
+  std::once_flag isPrepared_;
+  std::jthread preparation_;
 };
 
 }  // namespace lumiwren

@@ -2,7 +2,6 @@
 
 #include "platform/linux/CurlTransfer.h"
 
-#include <malloc.h>
 #include <pthread.h>
 
 #include <algorithm>
@@ -11,41 +10,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <new>
 #include <utility>
 
 namespace lumiwren {
 
 namespace {
-
-// libcurl copies the key into its own request buffers; whatever it frees is wiped first.
-void freeWiped(void *block) {
-  if (block != nullptr) {
-    explicit_bzero(block, malloc_usable_size(block));
-    std::free(block);
-  }
-}
-
-void *reallocWiped(void *block, std::size_t size) {
-  const auto usable = block == nullptr ? 0 : malloc_usable_size(block);
-  if (block != nullptr && size <= usable) {
-    return block;
-  }
-  void *const grown = std::malloc(size);
-  if (grown != nullptr && block != nullptr) {
-    std::memcpy(grown, block, usable);
-    freeWiped(block);
-  }
-  return grown;
-}
-
-void initialiseCurl() {
-  static const CURLcode result = curl_global_init_mem(CURL_GLOBAL_DEFAULT, &std::malloc, &freeWiped,
-                                                      &reallocWiped, &strdup, &std::calloc);
-  if (result != CURLE_OK) {
-    throw std::bad_alloc();  // The only way in which it fails.
-  }
-}
 
 /// libcurl is told to leave signals alone; a peer that is gone is an error, not a signal.
 void ignoreBrokenPipes() {
@@ -78,24 +47,25 @@ CurlNetwork::CurlNetwork(std::string certificateDirectory)
 
 CurlNetwork::~CurlNetwork() {
   if (multi_ != nullptr) {
-    curl_multi_cleanup(multi_);
-    curl_share_cleanup(share_);
+    curl_->multiCleanup(multi_);
+    curl_->shareCleanup(share_);
   }
 }
 
 void CurlNetwork::attendTo(std::shared_ptr<CurlTransfer> transfer) {
-  initialiseCurl();
+  const CurlLibrary &curl = CurlLibrary::shared();
   {
     const std::lock_guard lock(mutex_);
     if (!isQuitting_) {
       if (multi_ == nullptr) {
-        multi_ = curl_multi_init();
-        share_ = curl_share_init();
-        curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+        curl_ = &curl;
+        multi_ = curl_->multiInit();
+        share_ = curl_->shareInit();
+        curl_->shareSetopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
       }
       wanting_.push_back(std::move(transfer));
       if (isDriven_) {
-        curl_multi_wakeup(multi_);
+        curl_->multiWakeup(multi_);
       }
       return;
     }
@@ -117,12 +87,12 @@ void CurlNetwork::driveUntil(const std::function<bool()> &isReady) {
       lock.unlock();
       attend();
       int running = 0;
-      curl_multi_perform(multi_, &running);
+      curl_->multiPerform(multi_, &running);
       reap();
       const int wait = expire();
       ready = isReady();
       if (!ready) {
-        curl_multi_poll(multi_, nullptr, 0, wait, nullptr);
+        curl_->multiPoll(multi_, nullptr, 0, wait, nullptr);
       }
       lock.lock();
     }
@@ -157,7 +127,7 @@ void CurlNetwork::quit() {
     std::unique_lock lock(mutex_);
     isQuitting_ = true;
     if (isDriven_) {
-      curl_multi_wakeup(multi_);
+      curl_->multiWakeup(multi_);
     }
     changed_.notify_all();
     changed_.wait(lock, [this] { return !isDriven_; });
@@ -183,7 +153,7 @@ void CurlNetwork::attend() {
       transfer->end(CurlTransfer::Outcome::Cancelled);
       remove(*transfer);
     } else if (!transfer->hasStarted()) {
-      transfer->start(multi_, {share_, certificateDirectory_, noProxy_});
+      transfer->start(multi_, {*curl_, share_, certificateDirectory_, noProxy_});
       transfers_.push_back(transfer);
     } else {
       transfer->resume();
@@ -193,7 +163,7 @@ void CurlNetwork::attend() {
 
 void CurlNetwork::reap() {
   int left = 0;
-  while (const CURLMsg *const message = curl_multi_info_read(multi_, &left)) {
+  while (const CURLMsg *const message = curl_->multiInfoRead(multi_, &left)) {
     const auto transfer = std::find_if(transfers_.begin(), transfers_.end(), [&](const auto &candidate) {
       return candidate->easy() == message->easy_handle;
     });
@@ -212,7 +182,7 @@ int CurlNetwork::expire() {
     const auto deadline = transfer.silenceDeadline();
     if (deadline <= now) {
       // The connection may be dead without anybody having said so.
-      curl_easy_setopt(transfer.easy(), CURLOPT_FORBID_REUSE, 1L);
+      curl_->easySetopt(transfer.easy(), CURLOPT_FORBID_REUSE, 1L);
       transfer.complete(CURLE_OPERATION_TIMEDOUT);
       remove(transfer);
     } else if (deadline != CurlTransfer::TimePoint::max()) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <curl/curl.h>
+#include "platform/linux/CurlLibrary.h"
 
 #include <condition_variable>
 #include <functional>
@@ -23,8 +23,9 @@ public:
   CurlNetwork &operator=(const CurlNetwork &) = delete;
   ~CurlNetwork();
 
-  /// Has a transfer started, resumed or cancelled, whichever it wants, by whoever drives. Never waits. After
-  /// quit() the transfer is cancelled.
+  /// Has a transfer started, resumed or cancelled, whichever it wants, by whoever drives. Never waits, but
+  /// for libcurl to be loaded the first time; throws TransportError when it is not there. After quit() the
+  /// transfer is cancelled.
   void attendTo(std::shared_ptr<CurlTransfer> transfer);
   /// Drives, or waits while another does, until `isReady` is true, or quit() is called. `isReady` must not
   /// wait, and is not asked again once it has been true.
@@ -53,7 +54,8 @@ private:
   bool isQuitting_ = false;
 
   // Whoever drives.
-  CURLM *multi_ = nullptr;   // made by the first transfer
+  const CurlLibrary *curl_ = nullptr;  // all made by the first transfer
+  CURLM *multi_ = nullptr;
   CURLSH *share_ = nullptr;  // TLS sessions, which outlive the connections they were made on
   std::vector<std::shared_ptr<CurlTransfer>> transfers_;
 };

@@ -91,20 +91,20 @@ bool CurlTransfer::isCancelRequested() const {
 }
 
 void CurlTransfer::start(CURLM *multi, const Setup &setup) {
-  hasStarted_ = true;
+  curl_ = &setup.curl;
   lastActivity_ = now();
-  easy_ = curl_easy_init();
+  easy_ = curl_->easyInit();
   for (const auto &[name, value] : request_.headers) {
     std::string line;
     line.reserve(name.size() + 2 + value.reveal().size());  // One block, which is wiped below.
     line.append(name).append(": ").append(value.reveal());
-    headers_ = curl_slist_append(headers_, line.c_str());
+    headers_ = curl_->slistAppend(headers_, line.c_str());
     wipe(line);
   }
   // Without this a large body would wait for the server's consent first.
-  headers_ = curl_slist_append(headers_, "Expect:");
+  headers_ = curl_->slistAppend(headers_, "Expect:");
 
-  const auto set = [this](CURLoption option, auto value) { curl_easy_setopt(easy_, option, value); };
+  const auto set = [this](CURLoption option, auto value) { curl_->easySetopt(easy_, option, value); };
   set(CURLOPT_URL, request_.url.c_str());
   if (followsRedirects()) {
     set(CURLOPT_PROTOCOLS_STR, "https");
@@ -139,13 +139,13 @@ void CurlTransfer::start(CURLM *multi, const Setup &setup) {
   set(CURLOPT_SHARE, setup.share);
   set(CURLOPT_NOSIGNAL, 1L);
   set(CURLOPT_QUICK_EXIT, 1L);  // A name look-up that hangs is left behind, not waited for.
-  curl_multi_add_handle(multi, easy_);
+  curl_->multiAddHandle(multi, easy_);
 }
 
 void CurlTransfer::resume() {
   if (easy_ != nullptr && std::exchange(awaitsReader_, false)) {
     lastActivity_ = now();
-    curl_easy_pause(easy_, CURLPAUSE_CONT);
+    curl_->easyPause(easy_, CURLPAUSE_CONT);
   }
 }
 
@@ -155,7 +155,7 @@ void CurlTransfer::complete(CURLcode result) {
   const bool isForeign =
       (result == CURLE_UNSUPPORTED_PROTOCOL && !followsRedirects()) || result == CURLE_WEIRD_SERVER_REPLY;
   curl_off_t sent = 0;
-  curl_easy_getinfo(easy_, CURLINFO_PRETRANSFER_TIME_T, &sent);
+  curl_->easyGetinfo(easy_, CURLINFO_PRETRANSFER_TIME_T, &sent);
   if (isForeign && sent > 0) {
     const std::lock_guard lock(mutex_);
     status_ = status_.value_or(0);
@@ -184,9 +184,9 @@ void CurlTransfer::release(CURLM *multi) {
   if (easy_ == nullptr) {
     return;
   }
-  curl_multi_remove_handle(multi, easy_);
-  curl_easy_cleanup(std::exchange(easy_, nullptr));
-  curl_slist_free_all(std::exchange(headers_, nullptr));
+  curl_->multiRemoveHandle(multi, easy_);
+  curl_->easyCleanup(std::exchange(easy_, nullptr));
+  curl_->slistFreeAll(std::exchange(headers_, nullptr));
 }
 
 CurlTransfer::TimePoint CurlTransfer::silenceDeadline() const {
@@ -204,7 +204,7 @@ std::size_t CurlTransfer::onHeader(char *bytes, std::size_t, std::size_t size, v
     return size;
   }
   long status = 0;
-  curl_easy_getinfo(transfer.easy_, CURLINFO_RESPONSE_CODE, &status);
+  transfer.curl_->easyGetinfo(transfer.easy_, CURLINFO_RESPONSE_CODE, &status);
   const bool isRedirect = std::exchange(transfer.namesLocation_, false) && status >= 300 && status < 400;
   if (status < 200 || (isRedirect && transfer.followsRedirects())) {
     return size;  // An interim answer: the head is still to come.
@@ -259,7 +259,7 @@ std::string CurlTransfer::describe(CURLcode result) const {
   if (result == CURLE_OPERATION_TIMEDOUT) {
     return "The request timed out.";
   }
-  std::string detail = errorText_[0] != '\0' ? errorText_.data() : curl_easy_strerror(result);
+  std::string detail = errorText_[0] != '\0' ? errorText_.data() : curl_->easyStrerror(result);
   switch (result) {
     case CURLE_PARTIAL_FILE:
     case CURLE_GOT_NOTHING:

@@ -2,8 +2,7 @@
 
 #include "base/Task.h"
 #include "platform/HTTPClient.h"
-
-#include <curl/curl.h>
+#include "platform/linux/CurlLibrary.h"
 
 #include <array>
 #include <chrono>
@@ -25,6 +24,7 @@ public:
   using TimePoint = std::chrono::steady_clock::time_point;
   enum class Outcome { Running, Complete, Failed, Cancelled };
   struct Setup {
+    const CurlLibrary &curl;
     CURLSH *share;
     const std::string &certificateDirectory;
     const std::string &noProxy;
@@ -43,7 +43,7 @@ public:
 
   // The driver's side (see CurlNetwork).
   bool isCancelRequested() const;
-  bool hasStarted() const { return hasStarted_; }
+  bool hasStarted() const { return curl_ != nullptr; }
   void start(CURLM *multi, const Setup &setup);
   /// The reader has made room. Does nothing when the transfer has ended meanwhile.
   void resume();
@@ -81,8 +81,8 @@ private:
   std::string taken_;  // the reader's, until it reads again
 
   // The driver's.
-  bool hasStarted_ = false;
-  CURL *easy_ = nullptr;  // there while libcurl works on the transfer
+  const CurlLibrary *curl_ = nullptr;  // there once the transfer has started
+  CURL *easy_ = nullptr;               // there while libcurl works on the transfer
   curl_slist *headers_ = nullptr;
   std::array<char, CURL_ERROR_SIZE> errorText_{};
   std::size_t uploaded_ = 0;

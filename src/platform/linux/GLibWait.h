@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <memory>
+#include <utility>
 
 namespace lumiwren {
 
@@ -33,23 +34,35 @@ public:
   void extend(std::chrono::milliseconds limit);
   bool isOver() const { return isOver_; }
 
-  /// Runs begin(callback, data), which starts one call, and waits for its result; null when the limit is
-  /// over.
+  /// Where the result of a call goes. Shared with the call, which may end long after nobody waits for it any
+  /// more.
+  using Slot = std::shared_ptr<GObjectRef<GAsyncResult>>;
+
+  /// Runs begin(callback, data), which starts one call, and returns where its result will be; null when the
+  /// limit is over.
   template <typename Begin>
-  GObjectRef<GAsyncResult> result(Begin begin) {
+  Slot start(Begin begin) {
     if (isOver_) {
       return nullptr;
     }
-    const auto slot = std::make_shared<GObjectRef<GAsyncResult>>();
+    auto slot = std::make_shared<GObjectRef<GAsyncResult>>();
     begin(&GLibWait::take, new Slot(slot));
+    return slot;
+  }
+  /// Waits for the result of a call that start() has begun; null when the limit is over.
+  GObjectRef<GAsyncResult> finish(const Slot &slot) {
+    if (!slot) {
+      return nullptr;
+    }
     wait(*slot);
     return std::move(*slot);
   }
+  template <typename Begin>
+  GObjectRef<GAsyncResult> result(Begin begin) {
+    return finish(start(std::move(begin)));
+  }
 
 private:
-  /// Where a result goes. Shared with the call, which may end long after nobody waits for it any more.
-  using Slot = std::shared_ptr<GObjectRef<GAsyncResult>>;
-
   static void take(GObject *source, GAsyncResult *result, gpointer slot);
   void wait(const GObjectRef<GAsyncResult> &result);
 

@@ -124,6 +124,9 @@ public:
 
   void disconnect() { service_.reset(); }
 
+  /// Where the last secret was that has been read, for the next time.
+  std::string lastPath;
+
 private:
   /// Not the process's shared connection: that one ends the process together with the bus, and once it is
   /// closed there is no other for as long as anybody holds it.
@@ -217,17 +220,22 @@ public:
     return take(GStrv(unlocked)).size() >= paths.size();
   }
 
-  /// Outer: whether the service has answered; inner: whether there is such a secret.
-  std::optional<std::optional<Secret>> secretOf(const std::string &path) {
+  /// Asks for a secret; secretOf() waits for it.
+  GLibWait::Slot askForSecret(const std::string &path) {
     // Not with the library's calls for paths (0.20.5): they lose the service's answer, and with it a copy of
     // the secret.
     const gchar *const paths[] = {path.c_str()};
-    const auto result = wait_.result([&](auto callback, auto data) {
+    return wait_.start([&](auto callback, auto data) {
       g_dbus_proxy_call(G_DBUS_PROXY(service()), "GetSecrets",
                         g_variant_new("(@aoo)", g_variant_new_objv(paths, 1),
                                       secret_service_get_session_dbus_path(service())),
                         G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, wait_.cancellable(), callback, data);
     });
+  }
+
+  /// Outer: whether the service has answered; inner: whether there is such a secret.
+  std::optional<std::optional<Secret>> secretOf(const GLibWait::Slot &question) {
+    const auto result = wait_.finish(question);
     if (!result) {
       return std::nullopt;
     }
@@ -317,28 +325,25 @@ std::optional<Secret> LibsecretSecretStore::copyMatching(std::string_view servic
   using Result = std::optional<Secret>;
   const auto attributes = attributesOf(service, account);
   return perform<Result>([&](Operation &operation) -> std::optional<Result> {
+           // Most of the time it is where it was; then its answer comes along with the search's.
+           std::string &lastPath = session_->lastPath;
+           const auto early = lastPath.empty() ? nullptr : operation.askForSecret(lastPath);
            const auto found = operation.search(attributes.get());
            if (!found) {
              return std::nullopt;
            }
            if (!found->unlocked.empty()) {
-             return operation.secretOf(found->unlocked.front());
+             const std::string &path = found->unlocked.front();
+             const bool isAsked = early && path == lastPath;
+             lastPath = path;
+             return operation.secretOf(isAsked ? early : operation.askForSecret(path));
            }
            if (found->locked.empty() || !operation.unlock({found->locked.front()})) {
              return Result();
            }
-           return operation.secretOf(found->locked.front());
+           return operation.secretOf(operation.askForSecret(found->locked.front()));
          })
       .value_or(std::nullopt);
-}
-
-bool LibsecretSecretStore::contains(std::string_view service, std::string_view account) {
-  const auto attributes = attributesOf(service, account);
-  return perform<bool>([&](Operation &operation) -> std::optional<bool> {
-           const auto found = operation.search(attributes.get());
-           return found ? std::optional(!found->unlocked.empty() || !found->locked.empty()) : std::nullopt;
-         })
-      .value_or(false);
 }
 
 SecretStatus LibsecretSecretStore::add(std::string_view service, std::string_view account,

@@ -10,9 +10,9 @@
 
 namespace lumiwren {
 
-/// The Secret Service of the desktop session (GNOME Keyring, KWallet, KeePassXC), through libsecret. Items go
-/// to the default collection with the attributes "service" and "account", by which items of any origin are
-/// found, those of `secret-tool store` for example.
+/// Reads and changes the Secret Service of the desktop session (GNOME Keyring, KWallet, KeePassXC) through
+/// libsecret. Items go to the default collection with the attributes "service" and "account", by which items
+/// of any origin are found, those of `secret-tool store` for example.
 ///
 /// Operations take turns. Nothing of GLib is touched before the first one; the connection and the encrypted
 /// session stay open for the next.
@@ -30,9 +30,11 @@ public:
   ~LibsecretSecretStore() override;
 
   std::optional<Secret> copyMatching(std::string_view service, std::string_view account) override;
-  bool contains(std::string_view service, std::string_view account) override;
   SecretStatus add(std::string_view service, std::string_view account, const Secret &secret) override;
   SecretStatus remove(std::string_view service, std::string_view account) override;
+
+protected:
+  const Limits &limits() const { return limits_; }
 
 private:
   class Session;

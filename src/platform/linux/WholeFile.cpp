@@ -1,6 +1,6 @@
 #include "platform/linux/WholeFile.h"
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/SystemCalls.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,21 +16,8 @@ namespace lumiwren {
 
 namespace {
 
-/// Repeats a system call that a signal interrupts, and throws when it fails.
-template <typename Call>
-std::size_t checked(Call call) {
-  for (;;) {
-    if (const auto answer = call(); answer >= 0) {
-      return static_cast<std::size_t>(answer);
-    }
-    if (errno != EINTR) {
-      throw std::system_error(errno, std::generic_category());
-    }
-  }
-}
-
 FileDescriptor open(const std::filesystem::path &path, int flags) {
-  return FileDescriptor(static_cast<int>(checked([&] { return ::open(path.c_str(), flags | O_CLOEXEC); })));
+  return FileDescriptor(checked([&] { return ::open(path.c_str(), flags | O_CLOEXEC); }));
 }
 
 struct stat statusOf(const FileDescriptor &file) {
@@ -57,12 +44,6 @@ std::string leftoverPrefix(const std::filesystem::path &file) {
   return "." + file.filename().string() + ".";
 }
 
-void writeAll(const FileDescriptor &file, std::string_view content) {
-  while (!content.empty()) {
-    content.remove_prefix(checked([&] { return ::write(file.get(), content.data(), content.size()); }));
-  }
-}
-
 }  // namespace
 
 WholeFile readWhole(const std::filesystem::path &file, const std::optional<FileVersion> &known) {
@@ -82,7 +63,7 @@ WholeFile readWhole(const std::filesystem::path &file, const std::optional<FileV
     if (count == 0) {
       return whole;
     }
-    whole.content.append(buffer.data(), count);
+    whole.content.append(buffer.data(), static_cast<std::size_t>(count));
   }
 }
 
@@ -102,8 +83,8 @@ void removeLeftovers(const std::filesystem::path &file) {
 FileVersion writeWhole(const std::filesystem::path &file, std::string_view content) {
   const auto folder = folderOf(file);
   auto temporary = (folder / (leftoverPrefix(file) + std::string(uniquePart))).string();
-  const FileDescriptor opened(static_cast<int>(
-      checked([&] { return ::mkostemp(temporary.data(), O_CLOEXEC); })));  // for the user only
+  const FileDescriptor opened(
+      checked([&] { return ::mkostemp(temporary.data(), O_CLOEXEC); }));  // for the user only
   FileVersion version{};
   try {
     writeAll(opened, content);

@@ -159,6 +159,15 @@ public:
     sent_.wait(lock, [&] { return requests_.size() >= count; });
   }
 
+  void prepare() override {
+    const std::lock_guard lock(mutex_);
+    isPrepared_ = true;
+  }
+  bool isPrepared() const {
+    const std::lock_guard lock(mutex_);
+    return isPrepared_;
+  }
+
   std::unique_ptr<HTTPResponse> send(const HTTPRequest &request, const std::stop_token &token) override {
     throwIfStopped(token);
     std::shared_ptr<Exchange> exchange;
@@ -203,6 +212,7 @@ private:
   std::condition_variable sent_;
   std::deque<std::shared_ptr<Exchange>> expected_;
   std::vector<HTTPRequest> requests_;
+  bool isPrepared_ = false;
 };
 
 }  // namespace lumiwren::testing

@@ -14,7 +14,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr int width = 300;
+constexpr int viewWidth = 300;
 
 const char *const everyKind =
     "# Title\nSome *text*.\n- one\n- two\n1. first\n\n```c\nint a;\nint b;\n```\n| a | b |\n|---|---|\n| 1 | "
@@ -24,7 +24,7 @@ class MarkdownTextViewTest : public ::testing::Test {
 protected:
   void show(const std::string &markdown) {
     view.setMarkdown(markdown);
-    view.resize(width, view.layOut(width));
+    view.resize(viewWidth, view.layOut(viewWidth));
   }
   void mouse(QEvent::Type type, QPoint place) {
     QMouseEvent event(type, QPointF(place), view.mapToGlobal(QPointF(place)), Qt::LeftButton,
@@ -55,7 +55,7 @@ TEST_F(MarkdownTextViewTest, EveryPrefixOfAStreamLooksAsIfItWereTheWholeText) {
     }
     MarkdownTextView fresh;
     fresh.setMarkdown(markdown.substr(0, length));
-    ASSERT_EQ(fresh.layOut(width), view.layOut(width)) << length;
+    ASSERT_EQ(fresh.layOut(viewWidth), view.layOut(viewWidth)) << length;
     ASSERT_EQ(fresh.plainText(), view.plainText()) << length;
     fresh.resize(view.size());
     if (length % 7 == 0 && (length < 300 || length % 490 == 0)) {
@@ -70,7 +70,7 @@ TEST_F(MarkdownTextViewTest, AShorterTextReplacesALongerOne) {
   EXPECT_EQ(view.plainText(), QStringLiteral("only this"));
   show("");
   EXPECT_EQ(view.plainText(), QString());
-  EXPECT_EQ(view.layOut(width), 0);
+  EXPECT_EQ(view.layOut(viewWidth), 0);
 }
 
 TEST_F(MarkdownTextViewTest, TellsWhetherTheTextIsAnotherOne) {
@@ -81,7 +81,7 @@ TEST_F(MarkdownTextViewTest, TellsWhetherTheTextIsAnotherOne) {
 
 TEST_F(MarkdownTextViewTest, ADragSelectsAcrossBlocksAndCopyTakesIt) {
   show("first line\nsecond line");
-  drag({0, 2}, {width - 1, view.height() - 2});
+  drag({0, 2}, {viewWidth - 1, view.height() - 2});
   EXPECT_EQ(view.selectedText(), QStringLiteral("first line\nsecond line"));
   QString copied;
   QObject::connect(&view, &SelectableTextView::copyRequested, [&](const QString &text) { copied = text; });
@@ -115,7 +115,7 @@ TEST_F(MarkdownTextViewTest, BlocksAreEightPointsApart) {
   EXPECT_EQ(view.characterRect(0).topLeft(), QPoint(0, 0));
   EXPECT_EQ(view.characterRect(6).top(), view.characterRect(0).bottom() + 1 + 8);
   EXPECT_EQ(view.characterRect(13).top(), view.characterRect(6).bottom() + 1 + 8);
-  EXPECT_EQ(view.layOut(width), view.characterRect(13).bottom() + 1);
+  EXPECT_EQ(view.layOut(viewWidth), view.characterRect(13).bottom() + 1);
 }
 
 TEST_F(MarkdownTextViewTest, ALinkTellsItsTrueAddress) {
@@ -172,14 +172,14 @@ TEST_F(MarkdownTextViewTest, TheHandleOfALongLineScrollsIt) {
 
 TEST_F(MarkdownTextViewTest, AnotherSizeOfTextIsTakenOver) {
   show(everyKind);
-  const int before = view.layOut(width);
+  const int before = view.layOut(viewWidth);
   setTextScale(1.5);
-  EXPECT_GT(view.layOut(width), before * 5 / 4);
+  EXPECT_GT(view.layOut(viewWidth), before * 5 / 4);
   MarkdownTextView fresh;
   fresh.setMarkdown(everyKind);
-  EXPECT_EQ(view.layOut(width), fresh.layOut(width));
+  EXPECT_EQ(view.layOut(viewWidth), fresh.layOut(viewWidth));
   setTextScale(1);
-  EXPECT_EQ(view.layOut(width), before);
+  EXPECT_EQ(view.layOut(viewWidth), before);
 }
 
 TEST_F(MarkdownTextViewTest, AVeryLongTextIsThereInPartAtOnceAndThenInFull) {
@@ -192,12 +192,12 @@ TEST_F(MarkdownTextViewTest, AVeryLongTextIsThereInPartAtOnceAndThenInFull) {
   EXPECT_LT(view.plainText().size(), 10'000);
   // More may come before the rest is laid out.
   show(markdown + "the end");
-  int height = view.layOut(width);
+  int height = view.layOut(viewWidth);
   EXPECT_FALSE(view.isComplete());
   while (!view.isComplete()) {
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    ASSERT_GE(view.layOut(width), height);
-    height = view.layOut(width);
+    ASSERT_GE(view.layOut(viewWidth), height);
+    height = view.layOut(viewWidth);
   }
   EXPECT_EQ(view.plainText().count(QLatin1Char('\n')), 3000);
   EXPECT_TRUE(view.plainText().endsWith(QStringLiteral("item b\nthe end")));

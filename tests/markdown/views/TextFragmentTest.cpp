@@ -13,7 +13,7 @@
 namespace lumiwren {
 namespace {
 
-constexpr qreal width = 360;
+constexpr qreal lineWidth = 360;
 
 QString words(int count) {
   QString text;
@@ -41,7 +41,7 @@ struct Reference {
     layout.setTextOption(option);
     layout.beginLayout();
     for (auto line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-      line.setLineWidth(width);
+      line.setLineWidth(lineWidth);
       line.setPosition({0, height});
       height += std::ceil(line.height());
     }
@@ -69,7 +69,7 @@ TEST(TextFragment, ALongTextIsLaidOutAsTheToolkitDoesItInOne) {
     const Reference reference(text);
     TextFragment fragment;
     fragment.setText(plain(text));
-    EXPECT_EQ(fragment.layOut(width), reference.height) << text.left(10).toStdString();
+    EXPECT_EQ(fragment.layOut(lineWidth), reference.height) << text.left(10).toStdString();
     for (int position = 0; position < text.size(); position += 97) {
       if (!reference.layout.isValidCursorPosition(position)) {
         continue;  // inside a character
@@ -87,12 +87,12 @@ TEST(TextFragment, ATextThatGrowsLooksAsIfItHadBeenThereAtOnce) {
   TextFragment grown;
   for (int length = 0; length < text.size(); length += 61) {
     grown.setText(plain(text.left(length)));
-    grown.layOut(width);
+    grown.layOut(lineWidth);
   }
   grown.setText(plain(text));
   TextFragment fresh;
   fresh.setText(plain(text));
-  EXPECT_EQ(grown.layOut(width), fresh.layOut(width));
+  EXPECT_EQ(grown.layOut(lineWidth), fresh.layOut(lineWidth));
   for (int position = 0; position < text.size(); position += 31) {
     ASSERT_EQ(grown.characterRect(position), fresh.characterRect(position)) << position;
   }
@@ -102,12 +102,12 @@ TEST(TextFragment, AChangeFarBackIsSeen) {
   QString text = words(1200);
   TextFragment fragment;
   fragment.setText(plain(text));
-  fragment.layOut(width);
+  fragment.layOut(lineWidth);
   text.replace(100, 50, QStringLiteral("W").repeated(90));
   fragment.setText(plain(text));
   TextFragment fresh;
   fresh.setText(plain(text));
-  EXPECT_EQ(fragment.layOut(width), fresh.layOut(width));
+  EXPECT_EQ(fragment.layOut(lineWidth), fresh.layOut(lineWidth));
   EXPECT_EQ(fragment.characterRect(160), fresh.characterRect(160));
 }
 
@@ -115,7 +115,7 @@ TEST(TextFragment, ATextWithoutSpacesThatIsVeryLongIsLaidOutInATimeThatGrowsWith
   // In one layout of the toolkit this is a matter of a minute.
   TextFragment fragment;
   fragment.setText(plain(QStringLiteral("x").repeated(1'000'000)));
-  EXPECT_GT(fragment.layOut(width), 100'000);
+  EXPECT_GT(fragment.layOut(lineWidth), 100'000);
   EXPECT_GT(fragment.characterRect(999'999).top(), 100'000);
 }
 
@@ -123,7 +123,7 @@ TEST(TextFragment, PositionsAndPlacesAnswerEachOtherAcrossPieces) {
   for (const auto wrapping : {TextFragment::Wrapping::Wrap, TextFragment::Wrapping::None}) {
     TextFragment fragment(wrapping);
     fragment.setText(plain(words(1000)));
-    fragment.layOut(width);
+    fragment.layOut(lineWidth);
     for (int position = 0; position < fragment.length(); position += 53) {
       const QRectF rect = fragment.characterRect(position);
       ASSERT_EQ(fragment.positionAt({rect.left() + 0.1, rect.center().y()}), position);
@@ -135,7 +135,7 @@ TEST(TextFragment, ALineThatIsNotWrappedIsAsWideAsItsText) {
   const QString text = words(1000);
   TextFragment fragment(TextFragment::Wrapping::None);
   fragment.setText(plain(text));
-  EXPECT_LT(fragment.layOut(width), 40);
+  EXPECT_LT(fragment.layOut(lineWidth), 40);
   QTextLayout reference(text, systemFont(13));
   reference.beginLayout();
   auto line = reference.createLine();
@@ -147,17 +147,17 @@ TEST(TextFragment, ALineThatIsNotWrappedIsAsWideAsItsText) {
 TEST(TextFragment, ASelectionIsPaintedWhereItsTextIs) {
   TextFragment fragment;
   fragment.setText(plain(words(1000)));
-  fragment.layOut(width);
+  fragment.layOut(lineWidth);
   const SemanticColors colors{QPalette()};
   const auto paint = [&](int from, int to) {
-    QImage image(static_cast<int>(width), 400, QImage::Format_ARGB32_Premultiplied);
+    QImage image(static_cast<int>(lineWidth), 400, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::white);
     QPainter painter(&image);
     const qreal top = fragment.characterRect(4000).top() - 100;
     painter.translate(0, -top);
     fragment.paint({.painter = painter,
                     .colors = colors,
-                    .exposed = QRectF(0, top, width, 400),
+                    .exposed = QRectF(0, top, lineWidth, 400),
                     .selectionStart = from,
                     .selectionEnd = to},
                    Qt::black);

@@ -1,6 +1,6 @@
 #include "platform/recognition/Bitmaps.h"
-#include "platform/recognition/FuzzTarget.h"
 #include "platform/recognition/PNGFile.h"
+#include "support/FuzzTarget.h"
 
 #include <gtest/gtest.h>
 

@@ -104,6 +104,12 @@ void SecretSession::killBus() {
   bus_.reset();
 }
 
+QDBusConnection SecretSession::bus() {
+  // Each has an address of its own, by which its connection is found again.
+  const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+  return QDBusConnection::connectToBus(address, address);
+}
+
 std::string SecretSession::secretTool(std::vector<std::string> arguments, const std::string &input) {
   // A secret is printed without the end of a line, up to which a process's output is read.
   arguments.insert(arguments.begin(), {"sh", "-c", "secret-tool \"$@\" 2>&1; echo", "sh"});

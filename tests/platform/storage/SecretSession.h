@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/session/SessionSecretStore.h"
 #include "support/Process.h"
 #include "support/TemporaryFolder.h"
 
@@ -26,6 +27,8 @@ public:
   std::string nextEvent();
   void lockKeyring() const;
   void killBus();
+  /// The bus that the environment points to, which may be none.
+  static QDBusConnection bus();
 
   /// What `secret-tool` does with the arguments; its output.
   static std::string secretTool(std::vector<std::string> arguments, const std::string &input = {});
@@ -38,6 +41,13 @@ private:
   TemporaryFolder folder_;
   std::optional<Process> bus_;
   std::optional<Process> service_;
+};
+
+/// The program's own store, of whichever session there is when it is asked.
+class StoreOfSession : public SessionSecretStore {
+public:
+  explicit StoreOfSession(const Limits &limits = defaultLimits)
+      : SessionSecretStore(&SecretSession::bus, limits) {}
 };
 
 }  // namespace lumiwren::testing

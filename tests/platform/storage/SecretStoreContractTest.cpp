@@ -1,6 +1,5 @@
 // What holds for every implementation of SecretStore.
 
-#include "platform/linux/LibsecretSecretStore.h"
 #include "platform/storage/SecretSession.h"
 #include "platform/testing/FakeSecretStore.h"
 
@@ -16,7 +15,7 @@ struct Fake {
 struct Real {
   Real() { session.startKeyring(); }
   testing::SecretSession session;
-  LibsecretSecretStore store;
+  testing::StoreOfSession store;
 };
 
 template <typename Subject>

@@ -1,27 +1,15 @@
-#include "platform/updates/FuzzTarget.h"
+#include "support/FuzzTarget.h"
 
 #include "base/Unicode.h"
 #include "platform/linux/updates/Appcast.h"
 #include "platform/linux/updates/ReleaseNotes.h"
 #include "platform/linux/updates/Version.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <string_view>
-
-namespace {
-
-void require(bool condition, const char *rule) {
-  if (!condition) {
-    std::fprintf(stderr, "%s\n", rule);
-    std::abort();
-  }
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   using namespace lumiwren;
+  using lumiwren::testing::require;
   const std::string_view feed(reinterpret_cast<const char *>(data), size);
   try {
     for (const auto &item : parseAppcast(feed)) {

@@ -1,4 +1,4 @@
-#include "platform/updates/FuzzTarget.h"
+#include "support/FuzzTarget.h"
 
 #include <gtest/gtest.h>
 

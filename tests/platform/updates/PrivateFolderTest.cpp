@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace lumiwren {
@@ -82,6 +83,26 @@ TEST_F(PrivateFolderTest, AKeptFileStaysUntilTheFolderIsCleared) {
   folder.clear();
   EXPECT_FALSE(fs::exists(place));
   folder.clear();
+}
+
+TEST_F(PrivateFolderTest, AFileThatAnotherSessionIsWritingIsNotCleared) {
+  const auto file = folder.makeFile("a.deb");
+  fs::path kept;
+  {
+    const auto ended = folder.makeFile("b.deb");
+    ended->keep();
+    kept = ended->path();
+  }
+  PrivateFolder(path).clear();
+  EXPECT_TRUE(fs::exists(file->path()));
+  EXPECT_FALSE(fs::exists(kept));
+}
+
+TEST_F(PrivateFolderTest, WhatDoesNotBelongIntoTheFolderIsClearedToo) {
+  fs::create_directories(path / "half" / "a package");
+  std::ofstream(path / "stray");
+  folder.clear();
+  EXPECT_TRUE(!fs::exists(path) || fs::is_empty(path));
 }
 
 TEST_F(PrivateFolderTest, TwoFilesOfOneNameDoNotMeet) {

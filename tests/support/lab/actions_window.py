@@ -16,11 +16,11 @@ def action(name, prompt="{text}", key=9, modifiers=ALT_SHIFT, identifier=None, *
             "hotkey": {"keyCode": key, "modifiers": modifiers}, "inputType": "Text Selection", **more}
 
 
-def store_actions(desktop, actions):
-    """Leaves the actions for a program that is started later."""
+def store_actions(desktop, actions, **more):
+    """Leaves the actions, or a text that is none, for a program that is started later."""
+    text = actions if isinstance(actions, str) else json.dumps(actions)
     desktop.user_defaults().write_text(json.dumps(
-        {"customActions": json.dumps(actions), "hasInitializedDefaultActions": True,
-         "hasUpdatedDefaultPrompts_v1.4": True}))
+        {"customActions": text, "hasInitializedDefaultActions": True, "hasUpdatedDefaultPrompts_v1.4": True, **more}))
 
 
 def stored_actions(desktop):

@@ -224,8 +224,9 @@ class Desktop(contextlib.ExitStack):
         folder.mkdir(parents=True, exist_ok=True)
         width, height = self.size
         (folder / "xfce4-panel.xml").write_text(tray.PANEL_CONFIGURATION.format(x=width // 2, y=height - 14))
-        self.launch(["xfce4-panel", "--disable-wm-check"])
+        panel = self.launch(["xfce4-panel", "--disable-wm-check"])
         self.bus.wait_for_name(tray.WATCHER)
+        return panel
 
     def start_keyring(self, key=API_KEY):
         service = keyring.Keyring(self)

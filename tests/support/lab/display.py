@@ -240,7 +240,16 @@ class Display:
     def activate(self, window):
         """Gives a window the focus as a task bar would."""
         self.send_to_root(window, "_NET_ACTIVE_WINDOW", [2, X.CurrentTime])
+        # The window may have the focus for another reason: what is done next is not to be overtaken by this.
+        self.wait_for_manager()
         wait_until(lambda: self.has_focus(window), "the focus")
+
+    def wait_for_manager(self):
+        """Waits until the window manager has done all that it was asked for: it does one thing after the other."""
+        window = self.root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        window.configure(width=2)  # which it decides about
+        wait_until(lambda: window.get_geometry().width == 2, "the window manager")
+        window.destroy()
 
     def paint_ground(self, color):
         """Fills the desktop, for compositors too."""

@@ -9,7 +9,7 @@ import pathlib
 import sys
 
 from . import Desktop, Frame, GtkEditor, Lumiwren, Screencapture, SettingsPortal, StandInService, wait_until
-from .shell_pictures import SHELL_DESKTOPS, SHELL_STATES, SHELL_TURNING, Shell
+from .shell_pictures import SHELL_DESKTOPS, SHELL_STATES, SHELL_TURNING
 
 MARGIN = 28  # around the panel, in points
 SIZE = 900, 680  # of the desktop, in points
@@ -324,9 +324,9 @@ SERIES = [(look, scale, tuple(STATES), "", {}) for look in ("light", "dark") for
 def draw_shell(look, scale, wanted, folder):
     """Draws the states of the menu, the windows and the alerts, by the names of their pictures."""
     for state, name in wanted.items():
-        draw, needs = SHELL_STATES[state]
         with Studio(look, scale, **SHELL_DESKTOPS.get(state, {})) as studio:
-            shell = Shell(studio.desktop, studio.service, scale, **needs)
+            kind, draw, needs = SHELL_STATES[state]
+            shell = kind(studio.desktop, studio.service, scale, **needs)
             studio.picture(draw(shell), folder / f"{name}.png", draw not in SHELL_TURNING)
             print(folder / f"{name}.png", flush=True)
             shell.close()

@@ -42,18 +42,18 @@ class StatusItem:
     def activate(self, x=0, y=0):
         self.connection.call(self.name, self.path, _ITEM, "Activate", GLib.Variant("(ii)", (x, y)))
 
-    def menu(self):
-        """The labels of the menu's entries with their ids, mnemonics taken out."""
+    def entries(self):
+        """What a panel shows for its menu: the id and the properties of each entry, by its label."""
         path = self.get("Menu")
         self.connection.call(self.name, path, _MENU, "AboutToShow", GLib.Variant("(i)", (0,)))
         _revision, (_id, _properties, children) = self.connection.call(
             self.name, path, _MENU, "GetLayout", GLib.Variant("(iias)", (0, -1, [])))
-        return {properties.get("label", "").replace("_", ""): number for number, properties, _ in children}
+        return {properties.get("label", "").replace("_", ""): (number, properties) for number, properties, _ in children}
 
     def choose(self, label):
         self.connection.call(
             self.name, self.get("Menu"), _MENU, "Event",
-            GLib.Variant("(isvu)", (self.menu()[label], "clicked", GLib.Variant("s", ""), 0)))
+            GLib.Variant("(isvu)", (self.entries()[label][0], "clicked", GLib.Variant("s", ""), 0)))
 
 
 def items(connection):

@@ -22,7 +22,7 @@ constexpr std::string_view latin = "Latin";
 constexpr std::string_view english = "eng";
 
 /// Every language that Debian has data for; what is not listed is a script of its own.
-constexpr std::array languages{
+constexpr std::array knownLanguages{
     Language{"afr", "af", latin},
     Language{"amh", "am", "Ethiopic"},
     Language{"ara", "ar", "Arabic"},
@@ -150,9 +150,9 @@ constexpr std::size_t maximumSetSize = 3;
 constexpr std::size_t maximumSets = 8;
 
 std::string_view scriptOf(std::string_view data) {
-  const auto *const found =
-      std::find_if(languages.begin(), languages.end(), [&](const auto &each) { return each.data == data; });
-  return found != languages.end() ? found->script : data;
+  const auto *const found = std::find_if(knownLanguages.begin(), knownLanguages.end(),
+                                         [&](const auto &each) { return each.data == data; });
+  return found != knownLanguages.end() ? found->script : data;
 }
 
 /// Data for layout alone, and for lines that run downwards.
@@ -165,7 +165,7 @@ bool isLocaleOf(std::string_view data, std::string_view locale) {
   const auto modifier = locale.find('@');
   const auto place = locale.substr(0, locale.find('.'));
   const auto language = place.substr(0, place.find('_'));
-  return std::any_of(languages.begin(), languages.end(), [&](const auto &each) {
+  return std::any_of(knownLanguages.begin(), knownLanguages.end(), [&](const auto &each) {
     if (each.data != data || each.locale.empty()) {
       return false;
     }

@@ -16,8 +16,7 @@ struct TesseractLibrary {
   static constexpr int pageSegmentationBlock = 6;
   static constexpr int levelTextLine = 2;
 
-  /// Loads the library, which stays in memory: OpenMP's runtime, which it brings, cannot leave it. Throws
-  /// TextRecognitionError.
+  /// Loads the library, which stays in memory. Throws TextRecognitionError.
   explicit TesseractLibrary(const std::string &name);
 
   API *(*create)();

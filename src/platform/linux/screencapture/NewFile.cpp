@@ -1,5 +1,7 @@
 #include "platform/linux/screencapture/NewFile.h"
 
+#include "platform/linux/SystemCalls.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,23 +20,10 @@ constexpr mode_t userOnly = S_IRUSR | S_IWUSR;
   throw std::system_error(error, std::generic_category());
 }
 
-int checked(int answer) {
-  if (answer < 0) {
-    fail(errno);
-  }
-  return answer;
-}
-
-void writeAll(const FileDescriptor &file, const Bytes &content) {
+void writePrivately(const FileDescriptor &file, const Bytes &content) {
   // Whatever the umask has left of the mode.
-  checked(fchmod(file.get(), userOnly));
-  for (std::size_t done = 0; done < content.size();) {
-    const ssize_t count = write(file.get(), content.data() + done, content.size() - done);
-    if (count < 0 && errno != EINTR) {
-      fail(errno);
-    }
-    done += count < 0 ? 0 : static_cast<std::size_t>(count);
-  }
+  checked([&] { return fchmod(file.get(), userOnly); });
+  writeAll(file, {reinterpret_cast<const char *>(content.data()), content.size()});
 }
 
 /// Holds back the signals that end this process.
@@ -60,7 +49,7 @@ NewFile::NewFile(const std::filesystem::path &path, Way way) : name_(path.filena
     fail(path.empty() ? ENOENT : EISDIR);
   }
   const auto parent = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
-  folder_ = FileDescriptor(checked(open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)));
+  folder_ = FileDescriptor(checked([&] { return open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
   struct stat existing = {};
   if (fstatat(folder_.get(), name_.c_str(), &existing, AT_SYMLINK_NOFOLLOW) == 0) {
     fail(EEXIST);
@@ -73,7 +62,7 @@ NewFile::NewFile(const std::filesystem::path &path, Way way) : name_(path.filena
     }
   }
   if (!file_) {
-    checked(faccessat(folder_.get(), ".", W_OK | X_OK, AT_EACCESS));
+    checked([this] { return faccessat(folder_.get(), ".", W_OK | X_OK, AT_EACCESS); });
   }
 }
 
@@ -82,20 +71,21 @@ void NewFile::complete(const Bytes &content) {
     completeTemporary(content);
     return;
   }
-  writeAll(file_, content);
+  writePrivately(file_, content);
   const std::string opened = "/proc/self/fd/" + std::to_string(file_.get());
-  checked(linkat(AT_FDCWD, opened.c_str(), folder_.get(), name_.c_str(), AT_SYMLINK_FOLLOW));
+  checked([&] { return linkat(AT_FDCWD, opened.c_str(), folder_.get(), name_.c_str(), AT_SYMLINK_FOLLOW); });
 }
 
 void NewFile::completeTemporary(const Bytes &content) const {
   const WithoutSignals untilItIsGone;
   const std::string temporary = name_.string() + "." + std::to_string(getpid());
-  const FileDescriptor file(
-      checked(openat(folder_.get(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, userOnly)));
+  const FileDescriptor file(checked([&] {
+    return openat(folder_.get(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, userOnly);
+  }));
   int error = 0;
   try {
-    writeAll(file, content);
-    checked(linkat(folder_.get(), temporary.c_str(), folder_.get(), name_.c_str(), 0));
+    writePrivately(file, content);
+    checked([&] { return linkat(folder_.get(), temporary.c_str(), folder_.get(), name_.c_str(), 0); });
   } catch (const std::system_error &failure) {
     error = failure.code().value();
   }

@@ -1,6 +1,5 @@
 #include "platform/linux/session/SessionSecretStore.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
@@ -10,8 +9,6 @@
 
 namespace lumiwren {
 namespace {
-
-constexpr int answerLimit = 10'000;  // ms; a service that the bus has to start first takes its time
 
 QString text(std::string_view view) {
   return QString::fromUtf8(view.data(), static_cast<qsizetype>(view.size()));
@@ -27,7 +24,7 @@ bool SessionSecretStore::contains(std::string_view service, std::string_view acc
       QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("SearchItems"));
   question << QVariant::fromValue(
       Attributes{{QStringLiteral("service"), text(service)}, {QStringLiteral("account"), text(account)}});
-  const QDBusMessage answer = QDBusConnection::sessionBus().call(question, QDBus::Block, answerLimit);
+  const QDBusMessage answer = bus_().call(question, QDBus::Block, static_cast<int>(limits().answers.count()));
   if (answer.type() != QDBusMessage::ReplyMessage) {
     return false;
   }

@@ -33,6 +33,8 @@ constexpr std::string_view systemName = "http://www.andymatuschak.org/xml-namesp
 struct Draft {
   std::string version;
   std::string shortVersion;
+  std::string enclosureVersion;
+  std::string enclosureShortVersion;
   std::string channel;
   std::string description;
   AppcastItem item;
@@ -159,9 +161,9 @@ private:
       } else if (name == signatureName) {
         read.item.edSignature = trimmed(value);
       } else if (name == versionName) {
-        read.version = value;
+        read.enclosureVersion = value;
       } else if (name == shortVersionName) {
-        read.shortVersion = value;
+        read.enclosureShortVersion = value;
       } else if (name == systemName) {
         system = value;
       }
@@ -172,21 +174,19 @@ private:
     draft_->item.url = std::move(read.item.url);
     draft_->item.length = read.item.length;
     draft_->item.edSignature = std::move(read.item.edSignature);
-    enclosureVersion_ = std::move(read.version);
-    enclosureShortVersion_ = std::move(read.shortVersion);
+    draft_->enclosureVersion = std::move(read.enclosureVersion);
+    draft_->enclosureShortVersion = std::move(read.enclosureShortVersion);
   }
 
   void complete(Draft draft) {
     // The element has the last word over the attribute, and what users see over what only counts builds: that
     // is what the running program knows of itself.
     for (const auto *const version :
-         {&draft.shortVersion, &enclosureShortVersion_, &draft.version, &enclosureVersion_}) {
+         {&draft.shortVersion, &draft.enclosureShortVersion, &draft.version, &draft.enclosureVersion}) {
       if (draft.item.version.empty()) {
         draft.item.version = trimmed(*version);
       }
     }
-    enclosureVersion_.clear();
-    enclosureShortVersion_.clear();
     if (draft.item.url.empty() || !isVersion(draft.item.version) || !trimmed(draft.channel).empty()) {
       return;
     }
@@ -201,8 +201,6 @@ private:
   bool isFeed_ = false;
   std::optional<Draft> draft_;    // the item that is being read
   std::string *field_ = nullptr;  // of the draft, which the text belongs to
-  std::string enclosureVersion_;
-  std::string enclosureShortVersion_;
   std::vector<AppcastItem> items_;
 };
 

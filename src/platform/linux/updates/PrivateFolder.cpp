@@ -1,8 +1,10 @@
 #include "platform/linux/updates/PrivateFolder.h"
 
+#include "platform/linux/SystemCalls.h"
 #include "platform/linux/WholeFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,19 +17,32 @@
 namespace lumiwren {
 namespace {
 
-template <typename Answer>
-Answer checked(Answer answer) {
-  if (answer < 0) {
+/// Empty where there is no folder. A link in its place may lead to where others can write.
+FileDescriptor openFolder(const std::filesystem::path &path) {
+  return FileDescriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+/// Throws std::system_error where it is none.
+FileDescriptor lockedFolder(const std::filesystem::path &path, int operation) {
+  FileDescriptor folder = openFolder(path);
+  if (!folder) {
     throw std::system_error(errno, std::generic_category());
   }
-  return answer;
+  checked([&] { return ::flock(folder.get(), operation); });
+  return folder;
+}
+
+/// Whether nobody else has it; then it is locked until it is closed.
+bool tryToLock(const FileDescriptor &folder) {
+  return ::flock(folder.get(), LOCK_EX | LOCK_NB) == 0;
 }
 
 }  // namespace
 
-PrivateFile::PrivateFile(std::filesystem::path path)
-    : path_(std::move(path)),
-      file_(checked(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR))) {}
+PrivateFile::PrivateFile(std::filesystem::path path, FileDescriptor folder)
+    : path_(std::move(path)), folder_(std::move(folder)), file_(checked([this] {
+        return ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+      })) {}
 
 PrivateFile::~PrivateFile() {
   if (!isKept_) {
@@ -37,27 +52,20 @@ PrivateFile::~PrivateFile() {
 }
 
 void PrivateFile::write(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const auto count = ::write(file_.get(), bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) {
-      continue;
-    }
-    bytes.remove_prefix(static_cast<std::size_t>(checked(count)));
-  }
+  writeAll(file_, bytes);
 }
 
 std::unique_ptr<PrivateFile> PrivateFolder::makeFile(const std::string &name) const {
   makeFolder(path_);
-  // A link in the folder's place may lead to where others can write.
-  const FileDescriptor folder(
-      checked(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
-  checked(::fchmod(folder.get(), S_IRWXU));
+  const FileDescriptor folder = lockedFolder(path_, LOCK_SH);  // Nobody clears it meanwhile.
+  checked([&] { return ::fchmod(folder.get(), S_IRWXU); });
   auto own = (path_ / "XXXXXX").string();
   if (::mkdtemp(own.data()) == nullptr) {
     throw std::system_error(errno, std::generic_category());
   }
   try {
-    return std::unique_ptr<PrivateFile>(new PrivateFile(std::filesystem::path(own) / name));
+    return std::unique_ptr<PrivateFile>(
+        new PrivateFile(std::filesystem::path(own) / name, lockedFolder(own, LOCK_EX)));
   } catch (const std::system_error &) {
     ::rmdir(own.c_str());
     throw;
@@ -66,13 +74,26 @@ std::unique_ptr<PrivateFile> PrivateFolder::makeFile(const std::string &name) co
 
 void PrivateFolder::clear() const {
   std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
+  const FileDescriptor folder = openFolder(path_);
+  if (!folder) {
+    std::filesystem::remove(path_, ignored);  // A link, or nothing.
+    return;
+  }
+  if (!tryToLock(folder)) {
+    return;  // Another session's program makes a file in it, and cleared it when it started.
+  }
+  for (const auto &entry : std::filesystem::directory_iterator(path_, ignored)) {
+    const FileDescriptor own = openFolder(entry.path());
+    if (!own || tryToLock(own)) {
+      std::filesystem::remove_all(entry.path(), ignored);
+    }
+  }
 }
 
 MappedFile::MappedFile(const std::filesystem::path &path) {
-  const FileDescriptor file(checked(::open(path.c_str(), O_RDONLY | O_CLOEXEC)));
+  const FileDescriptor file(checked([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); }));
   struct stat status = {};
-  checked(::fstat(file.get(), &status));
+  checked([&] { return ::fstat(file.get(), &status); });
   size_ = static_cast<std::size_t>(status.st_size);
   if (size_ == 0) {
     return;

@@ -26,9 +26,10 @@ public:
 
 private:
   friend class PrivateFolder;
-  explicit PrivateFile(std::filesystem::path path);
+  PrivateFile(std::filesystem::path path, FileDescriptor folder);
 
   const std::filesystem::path path_;
+  const FileDescriptor folder_;  // its own, locked
   FileDescriptor file_;
   bool isKept_ = false;
 };
@@ -41,7 +42,8 @@ public:
   /// An empty file of that name, in a new folder of its own. Throws std::system_error, also where somebody
   /// else's folder stands in the way.
   std::unique_ptr<PrivateFile> makeFile(const std::string &name) const;
-  /// Removes whatever was kept, or left behind by a program that was killed.
+  /// Removes whatever was kept, or left behind by a program that was killed; not what another program, in
+  /// another session of the user, is at work on.
   void clear() const;
 
 private:

@@ -1,27 +1,21 @@
 #include "platform/linux/updates/ReleaseNotes.h"
 
+#include "base/ASCII.h"
+#include "base/HTMLEntities.h"
 #include "base/Unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <utility>
 
 namespace lumiwren {
 namespace {
 
-constexpr std::size_t longest = 100'000;
+constexpr std::size_t longestNotes = 100'000;
+constexpr char32_t noCharacter = U'\ufffd';  // what numbers that name none stand for
 
-using Names = std::pair<std::string_view, std::string_view>;
-constexpr std::array namedCharacters{
-    Names{"amp", "&"},         Names{"lt", "<"},         Names{"gt", ">"},         Names{"quot", "\""},
-    Names{"apos", "'"},        Names{"nbsp", "\u00a0"},  Names{"copy", "\u00a9"},  Names{"reg", "\u00ae"},
-    Names{"trade", "\u2122"},  Names{"ndash", "\u2013"}, Names{"mdash", "\u2014"}, Names{"lsquo", "\u2018"},
-    Names{"rsquo", "\u2019"},  Names{"ldquo", "\u201c"}, Names{"rdquo", "\u201d"}, Names{"bull", "\u2022"},
-    Names{"hellip", "\u2026"}, Names{"times", "\u00d7"}, Names{"rarr", "\u2192"},  Names{"middot", "\u00b7"},
-};
 constexpr std::array<std::string_view, 24> ownLines{
     "address", "article", "blockquote", "br", "dd", "div", "dl",  "dt",      "h1",    "h2", "h3", "h4",
     "h5",      "h6",      "hr",         "li", "ol", "p",   "pre", "section", "table", "tr", "ul", "header"};
@@ -33,80 +27,17 @@ bool holds(const List &list, std::string_view name) {
   return std::find(list.begin(), list.end(), name) != list.end();
 }
 
-bool isLetter(char character) {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
-
-bool isSpace(char character) {
-  return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
-std::string encode(char32_t point) {
-  const auto byte = [](char32_t bits) { return static_cast<char>(static_cast<std::uint8_t>(bits)); };
-  const auto next = [&](int shift) { return byte(0x80U | ((point >> shift) & 0x3fU)); };
-  if (point < 0x80) {
-    return {byte(point)};
-  }
-  if (point < 0x800) {
-    return {byte(0xc0U | (point >> 6)), next(0)};
-  }
-  if (point < 0x10000) {
-    return {byte(0xe0U | (point >> 12)), next(6), next(0)};
-  }
-  return {byte(0xf0U | (point >> 18)), next(12), next(6), next(0)};
-}
-
-/// "#233" or "#xe9"; empty for what is no character that may be shown.
-std::optional<std::string> numberedCharacter(std::string_view digits) {
-  digits.remove_prefix(1);
-  const bool isHexadecimal = !digits.empty() && (digits.front() == 'x' || digits.front() == 'X');
-  if (isHexadecimal) {
-    digits.remove_prefix(1);
-  }
-  char32_t point = 0;
-  for (const char digit : digits) {
-    const auto lower = static_cast<char>(digit | 0x20);
-    char32_t value = 16;
-    if (digit >= '0' && digit <= '9') {
-      value = static_cast<char32_t>(digit - '0');
-    } else if (lower >= 'a' && lower <= 'f') {
-      value = static_cast<char32_t>(lower - 'a') + 10;
-    }
-    const char32_t base = isHexadecimal ? 16 : 10;
-    if (value >= base) {
-      return std::nullopt;
-    }
-    point = point * base + value;
-    if (point > 0x10ffff) {
-      return std::nullopt;
-    }
-  }
-  const bool isControl = point < 0x20 && point != '\t' && point != '\n';
-  const bool isSurrogate = point >= 0xd800 && point < 0xe000;
-  return digits.empty() || isControl || isSurrogate ? std::nullopt : std::optional(encode(point));
-}
-
-/// The character that a reference at the front of `text` stands for; takes the reference off.
+/// What a reference at the front of `text` stands for, where that can be shown; takes the reference off.
 std::optional<std::string> takeReference(std::string_view &text) {
-  constexpr std::size_t longestReference = 10;
-  const auto end = text.substr(0, longestReference).find(';');
-  if (end == std::string_view::npos || end < 2) {
+  std::string character;
+  const std::size_t length = appendCharacterReference(text, 0, character);
+  const auto first = unicode::decodeAt(character, 0);
+  const bool isShown = first && first->value != noCharacter &&
+                       (first->value >= 0x20 || first->value == '\t' || first->value == '\n');
+  if (!isShown) {
     return std::nullopt;
   }
-  const auto name = text.substr(1, end - 1);
-  std::optional<std::string> character;
-  if (name.front() == '#') {
-    character = numberedCharacter(name);
-  } else {
-    const auto *const found = std::find_if(namedCharacters.begin(), namedCharacters.end(),
-                                           [&](const auto &entry) { return entry.first == name; });
-    if (found != namedCharacters.end()) {
-      character = std::string(found->second);
-    }
-  }
-  if (character) {
-    text.remove_prefix(end + 1);
-  }
+  text.remove_prefix(length);
   return character;
 }
 
@@ -115,8 +46,8 @@ bool beginsTag(std::string_view text) {
   if (text.size() < 2 || text[0] != '<') {
     return false;
   }
-  return isLetter(text[1]) || text[1] == '!' || text[1] == '?' ||
-         (text[1] == '/' && text.size() > 2 && isLetter(text[2]));
+  return ascii::isLetter(text[1]) || text[1] == '!' || text[1] == '?' ||
+         (text[1] == '/' && text.size() > 2 && ascii::isLetter(text[2]));
 }
 
 /// Takes a tag off the front and returns its name, in lower case and with a "/" before it if it is an end;
@@ -132,7 +63,7 @@ std::string takeTag(std::string_view &text) {
   }
   std::size_t at = text[1] == '/' ? 2 : 1;
   const std::size_t begin = at;
-  while (at < text.size() && (isLetter(text[at]) || (text[at] >= '0' && text[at] <= '9'))) {
+  while (at < text.size() && ascii::isAlphanumeric(text[at])) {
     ++at;
   }
   std::string name = unicode::toLower(text.substr(begin, at - begin));
@@ -156,7 +87,7 @@ public:
   explicit Page(bool joinsSpace) : joinsSpace_(joinsSpace) {}
 
   void add(std::string_view character) {
-    if (joinsSpace_ && character.size() == 1 && isSpace(character.front())) {
+    if (joinsSpace_ && character.size() == 1 && ascii::isSpace(character.front())) {
       space_ = true;
       return;
     }
@@ -176,7 +107,7 @@ public:
     const auto ends = text_.size() - last - 1;
     text_.append(count > ends ? count - ends : 0, '\n');
   }
-  bool isFull() const { return text_.size() >= longest; }
+  bool isFull() const { return text_.size() >= longestNotes; }
   std::string take() { return std::string(unicode::trimWhitespace(text_)); }
 
 private:

@@ -1,20 +1,14 @@
 #include "platform/linux/updates/Version.h"
 
+#include "base/ASCII.h"
+
 #include <algorithm>
 #include <cstddef>
 
 namespace lumiwren {
 namespace {
 
-constexpr std::size_t longest = 64;
-
-bool isDigit(char character) {
-  return character >= '0' && character <= '9';
-}
-
-bool isLetter(char character) {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
+constexpr std::size_t longestVersion = 64;
 
 bool isSeparator(char character) {
   return character == '.' || character == '-' || character == '~';
@@ -39,8 +33,9 @@ std::weak_ordering compareNumbers(std::string_view one, std::string_view other) 
 /// Takes the leading numbers of a version with the dots between them.
 std::string_view takeRelease(std::string_view &version) {
   std::size_t end = 0;
-  while (end < version.size() && (isDigit(version[end]) || (version[end] == '.' && end + 1 < version.size() &&
-                                                            isDigit(version[end + 1])))) {
+  while (end < version.size() &&
+         (ascii::isDigit(version[end]) ||
+          (version[end] == '.' && end + 1 < version.size() && ascii::isDigit(version[end + 1])))) {
     ++end;
   }
   const auto release = version.substr(0, end);
@@ -50,7 +45,7 @@ std::string_view takeRelease(std::string_view &version) {
 
 std::weak_ordering compareReleases(std::string_view one, std::string_view other) {
   while (!one.empty() || !other.empty()) {
-    const auto order = compareNumbers(take(one, isDigit), take(other, isDigit));
+    const auto order = compareNumbers(take(one, ascii::isDigit), take(other, ascii::isDigit));
     if (std::is_neq(order)) {
       return order;
     }
@@ -67,12 +62,12 @@ std::weak_ordering comparePreReleases(std::string_view one, std::string_view oth
     if (one.empty() || other.empty()) {
       return !one.empty() <=> !other.empty();
     }
-    const bool isNumber = isDigit(one.front());
-    if (isNumber != isDigit(other.front())) {
+    const bool isNumber = ascii::isDigit(one.front());
+    if (isNumber != ascii::isDigit(other.front())) {
       return isNumber ? std::weak_ordering::less : std::weak_ordering::greater;
     }
-    const auto order = isNumber ? compareNumbers(take(one, isDigit), take(other, isDigit))
-                                : take(one, isLetter) <=> take(other, isLetter);
+    const auto order = isNumber ? compareNumbers(take(one, ascii::isDigit), take(other, ascii::isDigit))
+                                : take(one, ascii::isLetter) <=> take(other, ascii::isLetter);
     if (std::is_neq(order)) {
       return order;
     }
@@ -87,9 +82,9 @@ std::string_view withoutBuild(std::string_view version) {
 
 bool isVersion(std::string_view text) {
   const bool isPlain = std::all_of(text.begin(), text.end(), [](char character) {
-    return isDigit(character) || isLetter(character) || isSeparator(character) || character == '+';
+    return ascii::isAlphanumeric(character) || isSeparator(character) || character == '+';
   });
-  if (!isPlain || text.empty() || text.size() > longest || !isDigit(text.front())) {
+  if (!isPlain || text.empty() || text.size() > longestVersion || !ascii::isDigit(text.front())) {
     return false;
   }
   auto rest = text;

@@ -67,13 +67,16 @@ std::optional<Rect> X11Screens::mainScreenVisibleFrame() {
   if (!monitors) {
     return std::nullopt;
   }
-  const PixelRect monitor = monitors->main(focus ? topWindow(focus->focus) : std::nullopt);
-  PixelRect visible = monitors->visibleFrame(monitor, struts(clients));
+  const auto strutQuestions = askForStruts(clients);
+  const DesktopCoordinates coordinates{monitors->primary(), pixelsPerPoint_};
   if (monitors->monitors.size() <= 1) {
     // The work area is one rectangle for all monitors, so it says something about a single one only.
-    visible = intersection(visible, workArea(areas, desktop).value_or(visible));
+    const PixelRect visible = monitors->visibleFrame(monitors->primary(), struts(strutQuestions));
+    return coordinates.rect(intersection(visible, workArea(areas, desktop).value_or(visible)));
   }
-  return DesktopCoordinates{monitors->primary(), pixelsPerPoint_}.rect(visible);
+  // The way from the focused window up takes one wait for each step.
+  const PixelRect monitor = monitors->main(focus ? topWindow(focus->focus) : std::nullopt);
+  return coordinates.rect(monitors->visibleFrame(monitor, struts(strutQuestions)));
 }
 
 std::optional<MonitorLayout> X11Screens::layout(const X11Connection &connection) {
@@ -122,16 +125,19 @@ std::optional<PixelRect> X11Screens::topWindow(xcb_window_t focus) const {
   return std::nullopt;
 }
 
-std::vector<Strut> X11Screens::struts(const std::vector<xcb_window_t> &clients) const {
-  struct Question {
-    xcb_get_property_cookie_t partial, plain;
-  };
-  std::vector<Question> questions;
+std::vector<X11Screens::StrutQuestion> X11Screens::askForStruts(
+    const std::vector<xcb_window_t> &clients) const {
+  std::vector<StrutQuestion> questions;
   questions.reserve(clients.size());
   for (const xcb_window_t client : clients) {
     questions.push_back({askNumbers(connection_, client, atoms_.strutPartial),
                          askNumbers(connection_, client, atoms_.strut)});
   }
+  xcb_flush(connection_.get());
+  return questions;
+}
+
+std::vector<Strut> X11Screens::struts(const std::vector<StrutQuestion> &questions) const {
   std::vector<Strut> result;
   for (const auto &question : questions) {
     const auto partial = numbers(connection_, question.partial);

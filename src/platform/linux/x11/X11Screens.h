@@ -22,9 +22,14 @@ public:
   static std::optional<MonitorLayout> layout(const X11Connection &connection);
 
 private:
+  struct StrutQuestion {
+    xcb_get_property_cookie_t partial, plain;
+  };
+
   /// The window below the root that holds the focused one.
   std::optional<PixelRect> topWindow(xcb_window_t focus) const;
-  std::vector<Strut> struts(const std::vector<xcb_window_t> &clients) const;
+  std::vector<StrutQuestion> askForStruts(const std::vector<xcb_window_t> &clients) const;
+  std::vector<Strut> struts(const std::vector<StrutQuestion> &questions) const;
   /// The work area of a desktop, of those of all desktops.
   static std::optional<PixelRect> workArea(const std::vector<std::uint32_t> &areas,
                                            const std::vector<std::uint32_t> &desktop);

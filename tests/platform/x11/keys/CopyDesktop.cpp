@@ -124,6 +124,7 @@ bool CopyDesktop::isInFront(std::string_view title) {
           nullptr));
       if (reply && title == std::string_view(static_cast<const char *>(xcb_get_property_value(reply.get())),
                                              reply->value_len)) {
+        front_ = window;
         return true;
       }
     }
@@ -141,9 +142,12 @@ void CopyDesktop::waitForFront(std::string_view title) {
 void CopyDesktop::clickInFront(int x, int y, int times) {
   const XReply<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
       watch_->get(),
-      xcb_translate_coordinates(watch_->get(), inside_->focus(), watch_->root(), static_cast<std::int16_t>(x),
+      xcb_translate_coordinates(watch_->get(), front_, watch_->root(), static_cast<std::int16_t>(x),
                                 static_cast<std::int16_t>(y)),
       nullptr));
+  if (!place) {
+    throw std::runtime_error("the window in front is gone");
+  }
   hands_->moveTo(place->dst_x, place->dst_y);
   for (; times > 0; --times) {
     hands_->click(1);
@@ -164,8 +168,13 @@ std::string CopyDesktop::selectionText(std::string_view selection) const {
 }
 
 void CopyDesktop::waitForSelection(std::string_view selection, std::string_view text) {
-  const auto what = std::string(selection) + " to be " + std::string(text);
-  waitUntil(what, [&] { return selectionText(selection) == text; });
+  std::string last;
+  try {
+    waitUntil(selection, [&] { return (last = selectionText(selection)) == text; });
+  } catch (const std::runtime_error &error) {
+    throw std::runtime_error(error.what() + (" to be \"" + std::string(text)) + "\": it was \"" + last +
+                             "\", and is \"" + selectionText(selection) + '"');
+  }
 }
 
 void CopyDesktop::settle() {

@@ -53,6 +53,7 @@ public:
 
 private:
   void waitUntil(std::string_view what, const std::function<bool()> &condition);
+  /// Finds the front window.
   bool isInFront(std::string_view title);
   std::string selectionText(std::string_view selection) const;
 
@@ -64,6 +65,7 @@ private:
   std::unique_ptr<Process> clipboardOwner_;
   std::unique_ptr<InputDriver> inside_;
   std::unique_ptr<X11Connection> watch_;
+  xcb_window_t front_ = XCB_NONE;
   EventProbe probe_;
   std::unique_ptr<X11Connection> questions_;
   std::unique_ptr<X11InputChannel> channel_;

@@ -11,12 +11,12 @@ namespace lumiwren::testing {
 namespace {
 
 constexpr KeySym cyrillicEs = 0x6d3;
-constexpr std::uint8_t shift = 1;
-constexpr std::uint8_t lock = 2;
-constexpr std::uint8_t control = 4;
-constexpr std::uint8_t mod1 = 8;
-constexpr std::uint8_t mod2 = 16;
-constexpr std::uint8_t mod4 = 64;
+constexpr std::uint8_t shiftMask = 1;
+constexpr std::uint8_t lockMask = 2;
+constexpr std::uint8_t controlMask = 4;
+constexpr std::uint8_t mod1Mask = 8;
+constexpr std::uint8_t mod2Mask = 16;
+constexpr std::uint8_t mod4Mask = 64;
 
 constexpr std::uint8_t clamp = 0x40;
 constexpr std::uint8_t redirectToSecond = 0x90;
@@ -27,15 +27,15 @@ protected:
   X11KeyMapTest() {
     keys_[10] = {0, 2, {0x6a, keySym::c}};
     keys_[20] = {0, 0, {}};
-    keys_[37] = {control, 1, {keySym::controlL}};
+    keys_[37] = {controlMask, 1, {keySym::controlL}};
     keys_[38] = {0, 2, {0x65, cyrillicEs}};
-    keys_[50] = {shift, 1, {0xffe1}};
+    keys_[50] = {shiftMask, 1, {0xffe1}};
     keys_[54] = {0, 2, {keySym::c, cyrillicEs}};
-    keys_[64] = {mod1, 1, {keySym::altL}};
-    keys_[66] = {lock, 1, {keySym::capsLock}};
-    keys_[77] = {mod2, 1, {keySym::numLock}};
+    keys_[64] = {mod1Mask, 1, {keySym::altL}};
+    keys_[66] = {lockMask, 1, {keySym::capsLock}};
+    keys_[77] = {mod2Mask, 1, {keySym::numLock}};
     keys_[108] = {0, 1, {0xfe03}};
-    keys_[133] = {mod4, 1, {keySym::superL}};
+    keys_[133] = {mod4Mask, 1, {keySym::superL}};
   }
   X11KeyMap map() const { return X11KeyMap(keys_); }
 
@@ -44,20 +44,20 @@ protected:
 
 TEST_F(X11KeyMapTest, ModifierFlagsFollowTheKeysThatSetThem) {
   EXPECT_EQ(map().modifierFlags(0), 0U);
-  EXPECT_EQ(map().modifierFlags(shift), modifier::shift);
-  EXPECT_EQ(map().modifierFlags(lock), modifier::capsLock);
-  EXPECT_EQ(map().modifierFlags(control), modifier::control);
-  EXPECT_EQ(map().modifierFlags(mod1), modifier::option);
-  EXPECT_EQ(map().modifierFlags(mod2), 0U);
-  EXPECT_EQ(map().modifierFlags(mod4), modifier::command);
+  EXPECT_EQ(map().modifierFlags(shiftMask), modifier::shift);
+  EXPECT_EQ(map().modifierFlags(lockMask), modifier::capsLock);
+  EXPECT_EQ(map().modifierFlags(controlMask), modifier::control);
+  EXPECT_EQ(map().modifierFlags(mod1Mask), modifier::option);
+  EXPECT_EQ(map().modifierFlags(mod2Mask), 0U);
+  EXPECT_EQ(map().modifierFlags(mod4Mask), modifier::command);
   EXPECT_EQ(map().modifierFlags(0xff),
             modifier::shift | modifier::capsLock | modifier::control | modifier::option | modifier::command);
   std::swap(keys_[64].modifiers, keys_[133].modifiers);
-  EXPECT_EQ(map().modifierFlags(mod1), modifier::command);
+  EXPECT_EQ(map().modifierFlags(mod1Mask), modifier::command);
 }
 
 TEST_F(X11KeyMapTest, OnlyCapsLockAndNumLockDoNotDisturb) {
-  EXPECT_EQ(map().disturbingModifiers(), 0xff & ~(lock | mod2));
+  EXPECT_EQ(map().disturbingModifiers(), 0xff & ~(lockMask | mod2Mask));
 }
 
 TEST_F(X11KeyMapTest, KeysThatModifyAndKeysThatLock) {
@@ -96,8 +96,8 @@ TEST_F(X11KeyMapTest, TheCopyKeyIsThatOfTheActiveLayoutElseOfAnotherElseInsert) 
 
 TEST_F(X11KeyMapTest, TheControlKeyIsTheOneThatIsControlNow) {
   EXPECT_EQ(map().controlKey(), 37);
-  keys_[37] = {lock, 1, {keySym::capsLock}};
-  keys_[66] = {control, 1, {keySym::controlL}};
+  keys_[37] = {lockMask, 1, {keySym::capsLock}};
+  keys_[66] = {controlMask, 1, {keySym::controlL}};
   EXPECT_EQ(map().controlKey(), 66);
 }
 
@@ -112,11 +112,11 @@ TEST_F(X11KeyMapTest, TheCopyChordReleasesLettersThenModifiersAndNoLocks) {
                                       {KeyDirection::Down, 54},
                                       {KeyDirection::Up, 54},
                                       {KeyDirection::Up, 37}},
-                          .lockedModifiers = shift,
+                          .lockedModifiers = shiftMask,
                           .breaksLatches = true};
-  EXPECT_EQ(copyChord(map(), held, 0, shift | lock | mod2, mod1), expected);
-  EXPECT_EQ(copyChord(map(), {}, 0, lock, 0).strokes.size(), 4U);
-  EXPECT_EQ(copyChord(map(), {}, 0, lock, 0).lockedModifiers, 0);
+  EXPECT_EQ(copyChord(map(), held, 0, shiftMask | lockMask | mod2Mask, mod1Mask), expected);
+  EXPECT_EQ(copyChord(map(), {}, 0, lockMask, 0).strokes.size(), 4U);
+  EXPECT_EQ(copyChord(map(), {}, 0, lockMask, 0).lockedModifiers, 0);
 }
 
 }  // namespace

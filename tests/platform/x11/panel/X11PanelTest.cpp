@@ -67,7 +67,14 @@ protected:
   void show() {
     controller.show("source", "An **answer** to read.", false, std::nullopt);
     controller.updateContent("source", "An **answer** to read.", false, std::nullopt);
-    ASSERT_TRUE(waitFor([this] { return controller.panel() && isSeen(); }));
+    ASSERT_TRUE(waitFor([this] {
+      if (!controller.panel()) {
+        return false;
+      }
+      // A busy compositor may pass over the first picture of a window that comes back in another size.
+      controller.panel()->update();
+      return isSeen();
+    }));
   }
   /// Whether the panel's own colour is on the screen, where its header is.
   bool isSeen() {

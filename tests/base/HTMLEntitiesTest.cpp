@@ -1,4 +1,4 @@
-#include "markdown/HTMLEntities.h"
+#include "base/HTMLEntities.h"
 
 #include <gtest/gtest.h>
 
@@ -45,10 +45,10 @@ TEST(HTMLEntities, OtherNamesAreNot) {
 }
 
 TEST(HTMLEntities, TheTableIsWhatTheGeneratorWrites) {
-  std::ifstream file(LUMIWREN_MARKDOWN_SOURCE_DIR "/HTMLEntityTable.inc");
+  std::ifstream file(LUMIWREN_BASE_SOURCE_DIR "/HTMLEntityTable.inc");
   std::ostringstream table;
   table << file.rdbuf();
-  EXPECT_EQ(outputOf(LUMIWREN_MARKDOWN_SOURCE_DIR "/tools/generate-html-entities"), table.str());
+  EXPECT_EQ(outputOf(LUMIWREN_BASE_SOURCE_DIR "/tools/generate-html-entities"), table.str());
 }
 
 }  // namespace

@@ -18,6 +18,9 @@ public:
   /// factors.
   static constexpr QMargins margins{radius, radius - offset, radius, radius + offset};
 
+  /// The margins in pixels.
+  static QMargins marginsAt(qreal scale);
+
   explicit PanelShadow(double cornerRadius) : cornerRadius_(cornerRadius) {}
 
   /// Draws ahead of its first use.

@@ -1,4 +1,4 @@
-#include "popup/PanelShadow.h"
+#include "ui/PanelShadow.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "markdown/HTMLEntities.h"
+#include "base/HTMLEntities.h"
 
 #include <utf8proc.h>
 
@@ -12,7 +12,7 @@ namespace lumiwren {
 
 namespace {
 
-#include "markdown/HTMLEntityTable.inc"
+#include "base/HTMLEntityTable.inc"
 
 constexpr std::size_t entityCount = std::size(nameOffsets) - 1;
 constexpr std::size_t longestName = 31;

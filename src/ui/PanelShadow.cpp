@@ -1,4 +1,4 @@
-#include "popup/PanelShadow.h"
+#include "ui/PanelShadow.h"
 
 #include "ui/DevicePixels.h"
 
@@ -60,13 +60,17 @@ std::vector<float> blurredAlpha(const QImage &image, double deviation) {
 
 }  // namespace
 
+QMargins PanelShadow::marginsAt(qreal scale) {
+  const auto pixels = [scale](int points) { return qRound(points * scale); };
+  return {pixels(margins.left()), pixels(margins.top()), pixels(margins.right()), pixels(margins.bottom())};
+}
+
 void PanelShadow::prepare(qreal scale) {
   if (scale == scale_) {
     return;
   }
   scale_ = scale;
-  const auto pixels = [scale](double points) { return qRound(points * scale); };
-  reach_ = {pixels(margins.left()), pixels(margins.top()), pixels(margins.right()), pixels(margins.bottom())};
+  reach_ = marginsAt(scale);
   // A shadow reaches as far inwards as outwards, and the corner itself is curved.
   cornerSize_ = static_cast<int>(std::ceil((cornerRadius_ + radius + offset) * scale));
   const int side = 2 * cornerSize_ + 1;
