@@ -26,8 +26,8 @@ def test_the_window_comes_to_the_front_and_stays_above_ordinary_windows(service,
         full = GtkEditor(desktop, "Full", title="Full", state="fullscreen")
         cover_the_screen(full)
         window = ActionsWindow(lumiwren)
-        assert display.stacking(window.window) > display.stacking(full.window)
-        assert display.property(window.window, "_NET_WM_DESKTOP") == [ALL_DESKTOPS]
+        display.wait_above(window.window, full.window)
+        wait_until(lambda: display.property(window.window, "_NET_WM_DESKTOP") == [ALL_DESKTOPS], "every desktop")
 
         # The user goes to the other program and asks again.
         display.activate(full.window)
@@ -35,15 +35,15 @@ def test_the_window_comes_to_the_front_and_stays_above_ordinary_windows(service,
         lumiwren.status_item.choose("Manage Actions...")
         window.wait_focused()
         assert [each.id for each in display.windows("Actions")] == [shown]
-        assert display.stacking(window.window) > display.stacking(full.window)
+        display.wait_above(window.window, full.window)
 
         # The question is in front of the window, and the window gets the keyboard back.
         question = window.ask_to_delete(0)
-        assert display.stacking(question.window) > display.stacking(window.window)
+        display.wait_above(question.window, window.window)
         display.activate(full.window)
         lumiwren.status_item.choose("Manage Actions...")
         question.wait_focused()
-        assert display.stacking(question.window) > display.stacking(window.window)
+        display.wait_above(question.window, window.window)
         display.press("Escape")
         question.wait_gone()
         window.wait_focused()
@@ -52,7 +52,7 @@ def test_the_window_comes_to_the_front_and_stays_above_ordinary_windows(service,
         ordinary = GtkEditor(desktop, "Ordinary", title="Ordinary", place=(window.frame.x + 300, 60))
         display.activate(ordinary.window)
         assert window.shown
-        assert display.stacking(window.window) > display.stacking(ordinary.window)
+        display.wait_above(window.window, ordinary.window)
         start = window.frame
         display.drag((start.x + 200, start.y + 20), (start.x + 140, start.y + 75))
         moved = Frame(start.x - 60, start.y + 55, WIDTH, HEIGHT)

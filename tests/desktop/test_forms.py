@@ -78,8 +78,7 @@ def test_without_a_key_the_welcome_comes_in_front_of_whatever_the_user_is_doing(
         assert frame.width == 450
         assert abs(frame.centre[0] - 640) <= 8  # The title bar's frame counts too.
         assert 400 <= frame.height <= 480
-        wait_until(lambda: desktop.display.stacking(lumiwren.welcome.window)
-                   > desktop.display.stacking(editor.window), "the welcome above the editor")
+        desktop.display.wait_above(lumiwren.welcome.window, editor.window)
         assert lumiwren.terminate() == 0
 
 

@@ -194,6 +194,11 @@ class Display:
             window = window.query_tree().parent
         return [child.id for child in self.root.query_tree().children].index(window.id)
 
+    def wait_above(self, upper, lower):
+        """A window manager may give a window the keyboard first and its place among the others afterwards."""
+        wait_until(lambda: self.stacking(upper) > self.stacking(lower),
+                   f"“{self.title(upper)}” to be above “{self.title(lower)}”")
+
     def title(self, window):
         name = self.property(window, "_NET_WM_NAME")
         if name is None:
