@@ -155,7 +155,7 @@ void ActionRow::showDeleteConfirmation() {
   deleteConfirmation_ = new Alert(QStringLiteral("Delete Action"),
                                   QStringLiteral("Are you sure you want to delete \"") + inQuestion(action_) +
                                       QStringLiteral("\"? This action cannot be undone."),
-                                  callbacks_.activate, this);
+                                  callbacks_.activation, this);
   const int confirm = deleteConfirmation_->addButton(QStringLiteral("Delete"), Alert::Role::Destructive);
   deleteConfirmation_->addButton(QStringLiteral("Cancel"), Alert::Role::Cancel);
   deleteConfirmation_->ask([this, confirm](int answer) {

@@ -27,7 +27,7 @@ public:
   struct Callbacks {
     std::function<void(const CustomAction &)> onEdit;
     std::function<void(const CustomAction &)> onDelete;  // once the user has confirmed it
-    Alert::Activate activate;                            // of the question whether that is meant
+    Alert::Activation activation;                        // of the question whether that is meant
   };
 
   ActionRow(const CustomAction &action, Callbacks callbacks, QWidget *parent = nullptr);

@@ -26,7 +26,7 @@ constexpr int emptySymbolSize = 40;
 }  // namespace
 
 ActionsSettingsView::ActionsSettingsView(CustomActionManager &actionManager, EventMonitors &eventMonitors,
-                                         MainQueue &mainQueue, Alert::Activate activate,
+                                         MainQueue &mainQueue, Alert::Activation activation,
                                          std::function<void()> onDismiss)
     : actionManager_(actionManager),
       eventMonitors_(eventMonitors),
@@ -40,7 +40,7 @@ ActionsSettingsView::ActionsSettingsView(CustomActionManager &actionManager, Eve
   list_ =
       new ActionList({.onEdit = [this](const CustomAction &action) { edit(action); },
                       .onDelete = [this](const CustomAction &action) { actionManager_.deleteAction(action); },
-                      .activate = std::move(activate)},
+                      .activation = std::move(activation)},
                      *close_);
   column->addWidget(list_, 1);
   emptyState_ = makeEmptyState();

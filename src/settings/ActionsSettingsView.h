@@ -24,9 +24,9 @@ class ActionsSettingsView : public QWidget {
   Q_OBJECT
 
 public:
-  /// `activate` is for questions that the view asks. `onDismiss` is to close the window.
+  /// `activation` is for questions that the view asks. `onDismiss` is to close the window.
   ActionsSettingsView(CustomActionManager &actionManager, EventMonitors &eventMonitors, MainQueue &mainQueue,
-                      Alert::Activate activate, std::function<void()> onDismiss);
+                      Alert::Activation activation, std::function<void()> onDismiss);
 
   /// The action whose editor is open.
   const std::optional<CustomAction> &editingAction() const { return editingAction_; }

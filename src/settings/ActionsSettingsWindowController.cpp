@@ -51,7 +51,11 @@ void ActionsSettingsWindowController::makePanel() {
   };
   auto view = std::make_unique<ActionsSettingsView>(
       actionManager_, eventMonitors_, mainQueue_,
-      [&windows = applicationWindows_](QWidget &window) { bringToFront(windows, window); }, close);
+      Alert::Activation{
+          .activate = [&windows = applicationWindows_](QWidget &window) { bringToFront(windows, window); },
+          .handOver = [&windows = applicationWindows_](
+                          QWidget &window) { windows.handOverKeyboard(window.winId()); }},
+      close);
   panel_.reset(new ActionsSettingsPanel(panelWindows_, std::move(view), close));
   if (const auto frame = screens_.mainScreenVisibleFrame()) {
     const Size size{static_cast<double>(panel_->width()), static_cast<double>(panel_->height())};

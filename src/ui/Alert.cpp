@@ -6,6 +6,7 @@
 #include "ui/SymbolView.h"
 #include "ui/TextLabel.h"
 
+#include <QPointer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -29,10 +30,10 @@ TextLabel *addText(QVBoxLayout &column, const QString &text, TextStyle style, Se
 
 }  // namespace
 
-Alert::Alert(const QString &message, const QString &informativeText, Activate activate, QWidget *parent)
+Alert::Alert(const QString &message, const QString &informativeText, Activation activation, QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                           Qt::WindowStaysOnTopHint),
-      activate_(std::move(activate)),
+      activation_(std::move(activation)),
       buttons_(new QHBoxLayout) {
   setWindowTitle(QStringLiteral("Lumiwren"));
   setWindowIcon(appIcon());
@@ -87,11 +88,15 @@ void Alert::prepare() {
 }
 
 void Alert::answer(int index) {
-  const bool hadKeyboard = isActiveWindow();
+  const QPointer<QWidget> asking =
+      parentWidget() != nullptr && isActiveWindow() ? parentWidget()->window() : nullptr;
+  if (asking && asking->isVisible()) {
+    activation_.handOver(*asking);
+  }
   done(index);
-  // Not every window manager gives the keyboard back to the window that has asked.
-  if (QWidget *const parent = parentWidget(); hadKeyboard && parent && parent->window()->isVisible()) {
-    activate_(*parent->window());
+  // Not every window manager leaves the keyboard with the window that has asked, or puts it in front again.
+  if (asking && asking->isVisible()) {
+    activation_.activate(*asking);
   }
 }
 
@@ -117,7 +122,7 @@ void Alert::reject() {
 
 void Alert::showEvent(QShowEvent *event) {
   QDialog::showEvent(event);
-  activate_(*this);
+  activation_.activate(*this);
 }
 
 }  // namespace lumiwren

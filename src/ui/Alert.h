@@ -19,12 +19,17 @@ public:
   /// What a button is for. Return presses the default, Escape and the window's close button mean Cancel.
   /// Where there is no default, Return presses Cancel: nothing is destroyed by it.
   enum class Role { Default, Cancel, Destructive };
-  /// Brings a shown window to the front and gives it the keyboard: the alert, and after the answer the window
-  /// of its parent.
-  using Activate = std::function<void(QWidget &)>;
+  /// How the alert gets the keyboard, and after the answer the window of its parent, if it has one.
+  struct Activation {
+    /// Brings a shown window to the front and gives it the keyboard.
+    std::function<void(QWidget &)> activate;
+    /// Gives the keyboard, which the alert has, to the window of its parent, before the alert goes.
+    std::function<void(QWidget &)> handOver;
+  };
 
   /// The texts are plain, whatever is in them.
-  Alert(const QString &message, const QString &informativeText, Activate activate, QWidget *parent = nullptr);
+  Alert(const QString &message, const QString &informativeText, Activation activation,
+        QWidget *parent = nullptr);
 
   /// The first button is the rightmost. Returns its index.
   int addButton(const QString &label, Role role);
@@ -49,7 +54,7 @@ private:
     PushButton *button;
     Role role;
   };
-  const Activate activate_;
+  const Activation activation_;
   std::vector<Choice> choices_;
   QHBoxLayout *const buttons_;
 };

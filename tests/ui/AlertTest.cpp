@@ -24,11 +24,13 @@ const QString informative = QStringLiteral("This cannot be undone. <i>&Really</i
 
 class AlertTest : public ::testing::Test {
 protected:
-  Alert::Activate activate() {
-    return [this](QWidget &window) {
-      activated_ = &window;
-      wasVisible_ = window.isVisible();
-    };
+  Alert::Activation activation() {
+    return {.activate =
+                [this](QWidget &window) {
+                  activated_ = &window;
+                  wasVisible_ = window.isVisible();
+                },
+            .handOver = [this](QWidget &window) { handOver_(window); }};
   }
   /// What the alert answers when this is done to it.
   static int answerTo(Alert &alert, const std::function<void()> &action) {
@@ -49,11 +51,12 @@ protected:
 
   QWidget *activated_ = nullptr;
   bool wasVisible_ = false;
+  std::function<void(QWidget &)> handOver_ = [](QWidget &) {};
 };
 
 TEST_F(AlertTest, ReturnPressesTheDefaultAndEscapeCancels) {
   for (const auto &[key, expected] : {std::pair{Qt::Key_Return, 0}, {Qt::Key_Escape, 1}}) {
-    Alert alert(message, informative, activate());
+    Alert alert(message, informative, activation());
     alert.addButton(QStringLiteral("Open"), Role::Default);
     alert.addButton(QStringLiteral("Later"), Role::Cancel);
     EXPECT_EQ(answerTo(alert, [&alert, pressed = key] { press(alert, pressed); }), expected);
@@ -65,7 +68,7 @@ TEST_F(AlertTest, NeitherReturnNorEscapeNorClosingDestroysAnything) {
                                                   [](Alert &alert) { press(alert, Qt::Key_Escape); },
                                                   [](Alert &alert) { alert.close(); }};
   for (const auto &action : actions) {
-    Alert alert(message, informative, activate());
+    Alert alert(message, informative, activation());
     alert.addButton(QStringLiteral("Delete"), Role::Destructive);
     const int cancel = alert.addButton(QStringLiteral("Cancel"), Role::Cancel);
     EXPECT_EQ(answerTo(alert, [&] { action(alert); }), cancel);
@@ -73,20 +76,20 @@ TEST_F(AlertTest, NeitherReturnNorEscapeNorClosingDestroysAnything) {
 }
 
 TEST_F(AlertTest, AClickAnswers) {
-  Alert alert(message, informative, activate());
+  Alert alert(message, informative, activation());
   const int destroy = alert.addButton(QStringLiteral("Delete"), Role::Destructive);
   alert.addButton(QStringLiteral("Cancel"), Role::Cancel);
   EXPECT_EQ(answerTo(alert, [&] { button(alert, QStringLiteral("Delete")).click(); }), destroy);
 }
 
 TEST_F(AlertTest, ClosedWithoutACancelItAnswersNone) {
-  Alert alert(message, informative, activate());
+  Alert alert(message, informative, activation());
   alert.addButton(QStringLiteral("OK"), Role::Default);
   EXPECT_EQ(answerTo(alert, [&] { alert.close(); }), -1);
 }
 
 TEST_F(AlertTest, TheFirstButtonIsTheRightmost) {
-  Alert alert(message, informative, activate());
+  Alert alert(message, informative, activation());
   alert.addButton(QStringLiteral("Open"), Role::Default);
   alert.addButton(QStringLiteral("Later"), Role::Cancel);
   answerTo(alert, [&] {
@@ -99,7 +102,7 @@ TEST_F(AlertTest, TheFirstButtonIsTheRightmost) {
 }
 
 TEST_F(AlertTest, IsModalAboveOthersAndMadeKeyWhenItIsShown) {
-  Alert alert(message, informative, activate());
+  Alert alert(message, informative, activation());
   alert.addButton(QStringLiteral("OK"), Role::Default);
   answerTo(alert, [&] {
     EXPECT_EQ(activated_, &alert);
@@ -111,7 +114,7 @@ TEST_F(AlertTest, IsModalAboveOthersAndMadeKeyWhenItIsShown) {
 }
 
 TEST_F(AlertTest, ItsTextsAreTextsAndKnownToAssistiveTechnology) {
-  Alert alert(message, informative, activate());
+  Alert alert(message, informative, activation());
   auto *const accessible = QAccessible::queryAccessibleInterface(&alert);
   EXPECT_EQ(accessible->role(), QAccessible::Dialog);
   EXPECT_EQ(accessible->text(QAccessible::Name), message);
@@ -122,7 +125,7 @@ TEST_F(AlertTest, ItsTextsAreTextsAndKnownToAssistiveTechnology) {
 }
 
 TEST_F(AlertTest, ALongTextIsShownInFull) {
-  Alert alert(message, informative.repeated(20), activate());
+  Alert alert(message, informative.repeated(20), activation());
   alert.addButton(QStringLiteral("OK"), Role::Default);
   answerTo(alert, [&] {
     for (const auto *const label : alert.findChildren<TextLabel *>()) {
@@ -137,7 +140,7 @@ TEST_F(AlertTest, AskedOfOneWindowItAnswersLaterAndIsGone) {
   QWidget window;
   window.show();
   std::optional<int> answer;
-  auto *const alert = new Alert(message, informative, activate(), &window);
+  auto *const alert = new Alert(message, informative, activation(), &window);
   const QPointer<Alert> watched(alert);
   const int destroy = alert->addButton(QStringLiteral("Delete"), Role::Destructive);
   alert->addButton(QStringLiteral("Cancel"), Role::Cancel);
@@ -148,6 +151,44 @@ TEST_F(AlertTest, AskedOfOneWindowItAnswersLaterAndIsGone) {
   EXPECT_EQ(answer, destroy);
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_FALSE(watched);
+}
+
+TEST_F(AlertTest, TheWindowThatAskedGetsTheKeyboardBeforeTheAlertGoesAndIsBroughtToTheFrontAfterwards) {
+  QWidget window;
+  window.show();
+  auto *const alert = new Alert(message, informative, activation(), &window);
+  alert->addButton(QStringLiteral("Cancel"), Role::Cancel);
+  bool handedOver = false;
+  handOver_ = [&](QWidget &asking) {
+    handedOver = true;
+    EXPECT_EQ(&asking, &window);
+    EXPECT_TRUE(alert->isVisible());
+    EXPECT_EQ(activated_, alert);
+  };
+  alert->ask([&](int) { EXPECT_TRUE(handedOver); });
+  alert->activateWindow();
+  QCoreApplication::processEvents();
+  ASSERT_TRUE(alert->isActiveWindow());
+  button(*alert, QStringLiteral("Cancel")).click();
+  EXPECT_TRUE(handedOver);
+  EXPECT_EQ(activated_, &window);
+}
+
+TEST_F(AlertTest, AnAlertWithoutTheKeyboardTakesItForNobody) {
+  QWidget window;
+  window.show();
+  auto *const alert = new Alert(message, informative, activation(), &window);
+  alert->addButton(QStringLiteral("Cancel"), Role::Cancel);
+  handOver_ = [](QWidget &) { ADD_FAILURE() << "the user is somewhere else"; };
+  alert->ask([](int) {});
+  QWidget other;
+  other.show();
+  other.activateWindow();
+  QCoreApplication::processEvents();
+  ASSERT_TRUE(other.isActiveWindow());
+  ASSERT_FALSE(alert->isActiveWindow());
+  button(*alert, QStringLiteral("Cancel")).click();
+  EXPECT_EQ(activated_, alert);
 }
 
 }  // namespace

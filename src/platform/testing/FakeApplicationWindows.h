@@ -10,9 +10,11 @@ namespace lumiwren::testing {
 class FakeApplicationWindows : public ApplicationWindows {
 public:
   void activate(NativeWindow window) override { activated.push_back(window); }
+  void handOverKeyboard(NativeWindow window) override { handedOver.push_back(window); }
   void setFloating(NativeWindow window) override { floating.push_back(window); }
 
   std::vector<NativeWindow> activated;
+  std::vector<NativeWindow> handedOver;
   std::vector<NativeWindow> floating;
 };
 

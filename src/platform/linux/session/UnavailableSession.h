@@ -51,6 +51,7 @@ public:
 class UnavailableApplicationWindows : public ApplicationWindows {
 public:
   void activate(NativeWindow) override {}
+  void handOverKeyboard(NativeWindow) override {}
   void setFloating(NativeWindow) override {}
 };
 

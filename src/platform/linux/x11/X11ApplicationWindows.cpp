@@ -25,6 +25,14 @@ void X11ApplicationWindows::activate(NativeWindow window) {
   ask(window, "_NET_ACTIVE_WINDOW", {sourcePager, XCB_CURRENT_TIME, XCB_NONE});
 }
 
+void X11ApplicationWindows::handOverKeyboard(NativeWindow window) {
+  // Where the window with the keyboard goes first, the server gives the keyboard to what is below the pointer
+  // and tells the window manager, which then gives it to another program. xfwm4 can take the former for the
+  // decision of a user: it then does not do what activate() asks, for to its knowledge it is done.
+  xcb_set_input_focus(toolkit_, XCB_INPUT_FOCUS_PARENT, static_cast<xcb_window_t>(window), XCB_CURRENT_TIME);
+  xcb_flush(toolkit_);
+}
+
 void X11ApplicationWindows::setFloating(NativeWindow window) {
   // A window that has had a dialog can lie among ordinary ones and still be in the state that asks for more.
   // Then only a change of that state has an effect.

@@ -18,6 +18,7 @@ public:
   X11ApplicationWindows(xcb_connection_t *toolkit, const X11Connection &questions);
 
   void activate(NativeWindow window) override;
+  void handOverKeyboard(NativeWindow window) override;
   void setFloating(NativeWindow window) override;
 
 private:
