@@ -145,26 +145,26 @@ def test_what_is_selected_is_copied_by_the_keyboard_once_the_panel_has_it(deskto
 
 
 def test_the_selection_and_the_caret_survive_what_streams_in(desktop, service, answered):
-    go = threading.Event()
+    selected = threading.Event()
 
     def slowly(exchange):
         exchange.head()
+        exchange.text("Word ")
+        exchange.until(selected)
         for number in range(20):
             exchange.text(f"Word{number} ")
             exchange.pause(0.02)
-        exchange.until(go)
         exchange.text("end.")
         exchange.end()
 
     service.answer = slowly
     answered.ask("More?")
-    answered.wait_for("Word3")
+    answered.wait_for("Word")
     place = answered.place(answered.find(name="Answer"))
-    if place.y < answered.frame.y + 45:
-        pytest.fail("the first answer is out of sight")
+    assert place.y >= answered.frame.y + 45, "the first answer is out of sight"
     desktop.display.click(place.x + 30, place.y + 5, times=2)
-    answered.wait_for("Word19")
-    go.set()
+    wait_until(lambda: desktop.selections.text("PRIMARY") == "first", "the selected word")
+    selected.set()
     answered.wait_for("end.")
     answered.wait_enabled()
     desktop.display.press("Control", "c")
