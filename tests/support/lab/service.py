@@ -25,14 +25,14 @@ DONE = b"data: [DONE]\n\n"
 
 @dataclass
 class Request:
-    """Times are of time.monotonic(). `closed_at` is when the client closed the connection while it was answered."""
+    """`received_at` is of time.monotonic(). `abandoned`: the client closed the connection while it was answered."""
     method: str
     path: str
     headers: dict
     body: bytes
     connection: int
     received_at: float
-    closed_at: float | None = None
+    abandoned: bool = False
     answered: threading.Event = field(default_factory=threading.Event)
 
     @property
@@ -111,13 +111,19 @@ class Exchange:
             return
         raise TimeoutError("the client kept the connection")
 
+    def is_abandoned(self, milliseconds=0):
+        """Whether the client has closed the connection, or does within that time."""
+        if not self.request.abandoned:
+            poll = select.poll()
+            poll.register(self.connection, select.POLLRDHUP)
+            if poll.poll(milliseconds):
+                self.request.abandoned = True
+        return self.request.abandoned
+
     def _wait(self, condition, timeout):
-        poll = select.poll()
-        poll.register(self.connection, select.POLLRDHUP)
         deadline = time.monotonic() + timeout
         while not condition() and time.monotonic() < deadline:
-            if poll.poll(1):
-                self.request.closed_at = time.monotonic()
+            if self.is_abandoned(1):
                 raise ConnectionError("closed by the client")
             if self._stopping.is_set():
                 raise ConnectionError("the service stops")
