@@ -66,8 +66,7 @@ void InputTypeButton::paintEvent(QPaintEvent * /*event*/) {
   if (showsFocus(*this)) {
     drawFocusRing(painter, *this, rect());
   } else {
-    strokeInside(painter, rect(), 1, radius::box - 0.5,
-                 isSelected() ? colors.accent : withOpacity(colors.primary, 0.2));
+    strokeInside(painter, rect(), 1, radius::box - 0.5, isSelected() ? colors.accent : buttonOutline(*this));
   }
   const int size = scaledSize(inputTypeSymbolSize);
   const int gap = scaledSize(spacing::small);

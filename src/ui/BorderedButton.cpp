@@ -95,7 +95,7 @@ void BorderedButton::paintEvent(QPaintEvent * /*event*/) {
   painter.setBrush(buttonGround(*this));
   painter.drawRoundedRect(rectOnPixels(painter, rect()), borderedCornerRadius, borderedCornerRadius);
   strokeInside(painter, rect(), lineWidth, borderedCornerRadius - lineWidth / 2,
-               isFocused ? colors.accent : withOpacity(colors.primary, 0.2));
+               isFocused ? colors.accent : buttonOutline(*this));
   if (fading_.state() == QAbstractAnimation::Running) {
     const double part = fading_.currentValue().toDouble();
     painter.setClipRect(rect().adjusted(1, 1, -1, -1));

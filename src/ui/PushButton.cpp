@@ -150,8 +150,7 @@ void PushButton::drawBody(QPainter &painter) {
   painter.setBrush(buttonGround(*this));
   painter.drawRoundedRect(rectOnPixels(painter, rect()), radius::control, radius::control);
   if (!showsFocus(*this)) {
-    strokeInside(painter, rect(), 1, radius::control - 0.5,
-                 withOpacity(SemanticColors(palette()).primary, 0.2));
+    strokeInside(painter, rect(), 1, radius::control - 0.5, buttonOutline(*this));
   }
 }
 
