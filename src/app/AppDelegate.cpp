@@ -240,15 +240,14 @@ void AppDelegate::showScreenRecordingAlert() {
         QStringLiteral("No System Settings Found"),
         QStringLiteral("This desktop has no settings for screen recording. Lumiwren captures the screen "
                        "in X11 sessions: choose one when you log in."),
-        {.activate = [this](QWidget &window) { activate(window); }, .handOver = nullptr});
+        {.activate = [this](QWidget &window) { activate(window); }});
     alert.addButton(QStringLiteral("OK"), Alert::Role::Default);
     alert.run();
   }
 }
 
 bool AppDelegate::wantsSystemSettings(const QString &message, const QString &informativeText) {
-  Alert alert(message, informativeText,
-              {.activate = [this](QWidget &window) { activate(window); }, .handOver = nullptr});
+  Alert alert(message, informativeText, {.activate = [this](QWidget &window) { activate(window); }});
   const int open = alert.addButton(QStringLiteral("Open System Settings"), Alert::Role::Default);
   alert.addButton(QStringLiteral("Later"), Alert::Role::Cancel);
   return alert.run() == open;

@@ -23,8 +23,9 @@ public:
   struct Activation {
     /// Brings a shown window to the front and gives it the keyboard.
     std::function<void(QWidget &)> activate;
-    /// Gives the keyboard, which the alert has, to the window of its parent, before the alert goes.
-    std::function<void(QWidget &)> handOver;
+    /// Gives the keyboard, which the alert has, to the window of its parent, before the alert goes. Not
+    /// called where there is no parent.
+    std::function<void(QWidget &)> handOver = nullptr;
   };
 
   /// The texts are plain, whatever is in them.

@@ -16,6 +16,7 @@ using testing::button;
 using testing::buttons;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 using ::testing::Not;
 using testing::press;
 using InputType = CustomAction::InputType;
@@ -255,6 +256,18 @@ TEST_F(ActionsSettingsViewTest, ReturnAndEscapeDoNotDelete) {
     EXPECT_FALSE(alert());
     EXPECT_EQ(manager.actions().size(), 3U);
   }
+}
+
+TEST_F(ActionsSettingsViewTest, TheWindowGetsTheKeyboardFromTheQuestion) {
+  show();
+  click(row(0), "Delete");
+  ASSERT_TRUE(alert());
+  alert()->activateWindow();
+  testing::settle();
+  EXPECT_THAT(applicationWindows.handedOver, IsEmpty());
+  press(Qt::Key_Escape);
+  EXPECT_THAT(applicationWindows.handedOver, ElementsAre(panel().winId()));
+  EXPECT_EQ(applicationWindows.activated.back(), panel().winId());
 }
 
 TEST_F(ActionsSettingsViewTest, ThereIsOneQuestionAtATime) {
