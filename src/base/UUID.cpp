@@ -1,5 +1,7 @@
 #include "base/UUID.h"
 
+#include "base/ASCII.h"
+
 #include <sys/random.h>
 
 #include <cstdlib>
@@ -13,7 +15,7 @@ constexpr bool isHyphenPosition(std::size_t position) {
 }
 
 std::optional<std::uint8_t> hexDigit(char character) {
-  if (character >= '0' && character <= '9') {
+  if (ascii::isDigit(character)) {
     return static_cast<std::uint8_t>(character - '0');
   }
   if (character >= 'a' && character <= 'f') {
