@@ -85,10 +85,10 @@ TEST_F(SpawnedProcessesTest, AProgramThatIsNotThereCannotBeStarted) {
 TEST_F(SpawnedProcessesTest, AProgramHasNothingToReadAndNoFileOfThisOne) {
   const auto inherited = std::fopen("/dev/zero", "r");
   ASSERT_NE(inherited, nullptr);
-  ASSERT_TRUE(run("cat > $1; ls /proc/$$/fd | tr '\\n' ' ' >> $1"));
+  ASSERT_TRUE(run("cat > $1; (ls /proc/$$/fd) >> $1; exit"));
   ASSERT_TRUE(waitForEnd());
   std::fclose(inherited);
-  EXPECT_EQ(output(), "0 1 2 ");
+  EXPECT_EQ(output(), "0\n1\n2\n");
 }
 
 TEST_F(SpawnedProcessesTest, AProgramHasNoSignalBlockedOrIgnored) {
