@@ -22,9 +22,6 @@ constexpr std::chrono::milliseconds preparationDelay{100};
 constexpr std::chrono::milliseconds menuClosingDelay{100};
 // A click on the status item closes the menu when it is pressed; the tray tells of it when it is released.
 constexpr std::chrono::milliseconds clickDuration{500};
-// The press that opens the menu may be told after the tray has told of the click; until then no press closes
-// it.
-constexpr std::chrono::milliseconds latePress{100};
 constexpr QSize popoverSize(220, 220);
 
 }  // namespace
@@ -67,8 +64,8 @@ void AppDelegate::showPopover(QPoint anchor) {
   popover();
   menuBarView_->prepare();
   checkAPIKey([this](bool hasKey) { menuBarView_->setHasAPIKey(hasKey); });
+  shownAt_ = services_.platform.eventMonitors().currentTime();
   popover_->showAt(anchor);
-  setFor(latePress, &AppDelegate::hasJustBeenShown_);
 }
 
 std::function<void()> AppDelegate::actionNamed(const QString &nameOrIdentifier) {
@@ -115,18 +112,18 @@ void AppDelegate::setupMenuBar() {
   actionsObservation_ = services_.actions.actionsChanged.observe([this] { showStatusMenu(); });
   launchAtLoginObservation_ = services_.launchAtLogin.observe([this] { showStatusMenu(); });
   eventMonitor_ = services_.platform.eventMonitors().addGlobalMonitor(
-      eventMask::leftMouseDown | eventMask::rightMouseDown, [weak = anchor_.weak()](const InputEvent &) {
-        if (auto *const self = weak.get(); self && self->popover_ && !self->hasJustBeenShown_) {
+      eventMask::leftMouseDown | eventMask::rightMouseDown, [weak = anchor_.weak()](const InputEvent &press) {
+        if (auto *const self = weak.get(); self && self->popover_ && press.isLaterThan(self->shownAt_)) {
           self->popover_->dismiss();
         }
       });
 }
 
-void AppDelegate::setFor(std::chrono::milliseconds duration, bool AppDelegate::*flag) {
-  this->*flag = true;
-  services_.mainQueue.postAfter(duration, [weak = anchor_.weak(), flag] {
+void AppDelegate::notePopoverDismissed() {
+  hasJustBeenDismissed_ = true;
+  services_.mainQueue.postAfter(clickDuration, [weak = anchor_.weak()] {
     if (auto *const self = weak.get()) {
-      self->*flag = false;
+      self->hasJustBeenDismissed_ = false;
     }
   });
 }
@@ -164,8 +161,7 @@ Popover &AppDelegate::popover() {
     menuBarView_ =
         new MenuBarView(services_.launchAtLogin, services_.actions, services_.updates, menuCallbacks());
     popover_ = std::make_unique<Popover>(menuBarView_, popoverSize, services_.platform.panelWindows());
-    QObject::connect(popover_.get(), &Popover::dismissed, popover_.get(),
-                     [this] { setFor(clickDuration, &AppDelegate::hasJustBeenDismissed_); });
+    QObject::connect(popover_.get(), &Popover::dismissed, popover_.get(), [this] { notePopoverDismissed(); });
   }
   return *popover_;
 }

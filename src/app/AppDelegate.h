@@ -11,6 +11,7 @@
 #include <QPoint>
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -57,7 +58,7 @@ private:
   void checkAccessibilityPermission();
   void prepare();
   Popover &popover();
-  void setFor(std::chrono::milliseconds duration, bool AppDelegate::*flag);
+  void notePopoverDismissed();
   MenuBarView::Callbacks menuCallbacks();
   void showStatusMenu();
   /// Calls `checked` on the main thread when it is known whether a key is stored.
@@ -76,7 +77,7 @@ private:
   MenuBarView *menuBarView_ = nullptr;  // the popover's
   std::unique_ptr<Popover> popover_;
   // Of the popover. The tray and the display server tell of one click each in its own time.
-  bool hasJustBeenShown_ = false;      // perhaps by the click of which the press is about to be told
+  std::uint32_t shownAt_ = 0;          // see InputEvent::time; the press that did it may be told later
   bool hasJustBeenDismissed_ = false;  // perhaps by the press of the click that is about to be told
   Handle eventMonitor_;
   Handle actionsObservation_;

@@ -35,6 +35,9 @@ struct InputEvent {
   std::uint64_t modifierFlags = 0;  // see KeyCodes.h
   std::uint32_t time = 0;           // the display server's, in ms; one press has one time for all monitors
 
+  /// By the display server's clock, which starts again every 49 days.
+  bool isLaterThan(std::uint32_t otherTime) const { return static_cast<std::int32_t>(time - otherTime) > 0; }
+
   /// Whether the same was pressed, whenever that was.
   friend bool operator==(const InputEvent &one, const InputEvent &other) {
     return one.kind == other.kind && one.keyCode == other.keyCode && one.modifierFlags == other.modifierFlags;
@@ -58,6 +61,9 @@ public:
   /// Presses that go to this program's own windows, before the window has them. The newest monitor is asked
   /// first; what one consumes reaches neither the older ones nor the window.
   virtual Handle addLocalMonitor(std::uint32_t mask, LocalHandler handler) = 0;
+  /// What InputEvent::time says of a press at this moment; earlier ones may not have been told yet. 0 when
+  /// this session does not let anybody watch.
+  virtual std::uint32_t currentTime() = 0;
 };
 
 }  // namespace lumiwren

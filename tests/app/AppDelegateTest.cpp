@@ -84,6 +84,9 @@ protected:
     }
     throw std::runtime_error("no entry " + name.toStdString());
   }
+  void pressElsewhereAfterwards(EventKind kind) {
+    platform.eventMonitors().pressElsewhere({.kind = kind, .time = platform.eventMonitors().time + 1});
+  }
   /// Presses the button of the next modal alert, and keeps what the alert says.
   void answerAlertWith(
       const QString &button, const std::function<void()> &next = [] {}) {
@@ -253,8 +256,7 @@ TEST_F(AppDelegateTest, AClickIntoAnotherApplicationClosesTheMenu) {
   launch();
   for (const EventKind kind : {EventKind::LeftMouseDown, EventKind::RightMouseDown}) {
     openMenu();
-    pass(milliseconds(100));
-    platform.eventMonitors().pressElsewhere({kind});
+    pressElsewhereAfterwards(kind);
     mainQueue.runPending();
     EXPECT_EQ(popover(), nullptr);
     pass(milliseconds(500));
@@ -263,17 +265,21 @@ TEST_F(AppDelegateTest, AClickIntoAnotherApplicationClosesTheMenu) {
 
 TEST_F(AppDelegateTest, APressThatIsToldAfterTheClickThatItBelongsToDoesNotCloseTheMenu) {
   launch();
+  platform.eventMonitors().time = 0xffffffff;
   openMenu();
-  platform.eventMonitors().pressElsewhere({EventKind::LeftMouseDown});
+  platform.eventMonitors().pressElsewhere({.kind = EventKind::LeftMouseDown, .time = 0xfffffffe});
   mainQueue.runPending();
   EXPECT_NE(popover(), nullptr);
+  // The clock has started again.
+  platform.eventMonitors().pressElsewhere({.kind = EventKind::LeftMouseDown, .time = 5});
+  mainQueue.runPending();
+  EXPECT_EQ(popover(), nullptr);
 }
 
 TEST_F(AppDelegateTest, TheClickOnTheIconThatClosesTheMenuDoesNotOpenItAgain) {
   launch();
   openMenu();
-  pass(milliseconds(100));
-  platform.eventMonitors().pressElsewhere({EventKind::LeftMouseDown});
+  pressElsewhereAfterwards(EventKind::LeftMouseDown);
   mainQueue.runPending();
   delegate->togglePopover({100, 100});
   EXPECT_EQ(popover(), nullptr);

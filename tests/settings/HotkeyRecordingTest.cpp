@@ -31,6 +31,7 @@ public:
   Handle addLocalMonitor(std::uint32_t mask, LocalHandler handler) override {
     return local_.addLocalMonitor(mask, std::move(handler));
   }
+  std::uint32_t currentTime() override { return 0; }
 
 private:
   LocalEventMonitors local_;

@@ -17,6 +17,7 @@ class FakeEventMonitors : public EventMonitors {
 public:
   /// False: a session that does not let anybody watch.
   bool permitsGlobalMonitors = true;
+  std::uint32_t time = 0;  // now
 
   Handle addGlobalMonitor(std::uint32_t mask, GlobalHandler handler) override {
     if (!permitsGlobalMonitors) {
@@ -32,6 +33,7 @@ public:
   Handle addLocalMonitor(std::uint32_t mask, LocalHandler handler) override {
     return locals_.add(mask, std::move(handler));
   }
+  std::uint32_t currentTime() override { return time; }
 
   /// A press in another application.
   void pressElsewhere(const InputEvent &event) const { globals_.tell(event); }

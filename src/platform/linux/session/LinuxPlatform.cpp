@@ -77,6 +77,7 @@ public:
   Handle addLocalMonitor(std::uint32_t mask, LocalHandler handler) override {
     return local_.addLocalMonitor(mask, std::move(handler));
   }
+  std::uint32_t currentTime() override { return session_ != nullptr ? session_->currentTime() : 0; }
 
 private:
   X11Session *const session_;

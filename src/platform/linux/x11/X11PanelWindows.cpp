@@ -185,6 +185,15 @@ void X11PanelWindows::resignKey(NativeWindow window) {
   handleEvents();
 }
 
+std::uint32_t X11PanelWindows::currentTime() {
+  if (!isConnected()) {
+    return 0;
+  }
+  const auto now = serverTime();
+  handleEvents();
+  return now;
+}
+
 Rect X11PanelWindows::frame(NativeWindow window) {
   if (!isConnected()) {
     return {};

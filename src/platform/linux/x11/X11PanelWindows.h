@@ -35,6 +35,8 @@ public:
   void makeKey(NativeWindow window) override;
   void resignKey(NativeWindow window) override;
   Rect frame(NativeWindow window) override;
+  /// The server's; 0 without one. Main thread.
+  std::uint32_t currentTime();
 
 private:
   /// Who had the focus before a window of ours, and when it was taken.

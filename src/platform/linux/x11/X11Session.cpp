@@ -61,6 +61,10 @@ Handle X11Session::addGlobalMonitor(std::uint32_t mask, EventMonitors::GlobalHan
   return facilities_->eventMonitors.addGlobalMonitor(mask, std::move(handler));
 }
 
+std::uint32_t X11Session::currentTime() {
+  return facilities_->panelWindows.currentTime();
+}
+
 Pasteboard &X11Session::pasteboard() {
   return facilities_->pasteboard;
 }

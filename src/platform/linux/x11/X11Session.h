@@ -38,6 +38,7 @@ public:
 
   /// See EventMonitors.
   Handle addGlobalMonitor(std::uint32_t mask, EventMonitors::GlobalHandler handler);
+  std::uint32_t currentTime();
   Pasteboard &pasteboard();
   SelectionCopy &selectionCopy();
   AccessibilityTrust &accessibilityTrust();

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/X11EventMonitors.h"
 
 #include "platform/KeyCodes.h"
+#include "platform/linux/x11/X11PanelWindows.h"
 #include "platform/x11/keys/EventProbe.h"
 #include "platform/x11/keys/InputDriver.h"
 #include "support/XServer.h"
@@ -12,6 +13,7 @@
 #include <linux/input-event-codes.h>
 
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -215,6 +217,21 @@ TEST_F(X11EventMonitorsTest, WithoutAFocusTheKeysBelongToTheWindowUnderThePointe
   user_->moveTo(50, 50);
   user_->tap(KEY_T);
   EXPECT_THAT(probe_.take(1), ElementsAre(key(17)));
+}
+
+TEST_F(X11EventMonitorsTest, PressesAreTimedByTheClockThatTellsTheCurrentTime) {
+  X11PanelWindows windows(nullptr, 1, [](int, const std::function<void()> &) { return Handle(); });
+  const auto before = windows.currentTime();
+  while (windows.currentTime() == before) {
+  }
+  user_->click(1);
+  const auto pressed = probe_.take(1);
+  ASSERT_EQ(pressed.size(), 1U);
+  while (windows.currentTime() == pressed[0].time) {
+  }
+  const InputEvent later{.time = windows.currentTime()};
+  EXPECT_TRUE(pressed[0].isLaterThan(before));
+  EXPECT_TRUE(later.isLaterThan(pressed[0].time));
 }
 
 TEST_F(X11EventMonitorsTest, ReportsBothMouseButtonsButNotTheWheel) {
