@@ -7,7 +7,7 @@ import re
 from .accessibility import Gone
 from .process import leftovers
 from .tray import wait_for_item
-from .waiting import wait_until
+from .waiting import stays_false, wait_until
 from .window import Window
 
 _numbers = itertools.count(1)
@@ -57,6 +57,11 @@ class Panel(Window):
     def wait_enabled(self):
         """Waits until a follow-up can be typed."""
         wait_until(lambda: "enabled" in self.field.states, "the end of loading", interval=0.02)
+
+    def wait_for_clicks_to_count(self):
+        """A click elsewhere closes the panel half a second after it was shown, by the clock of a program that may be
+        slow; meanwhile it stays."""
+        assert stays_false(lambda: not self.shown, 1.5)
 
     def ask(self, question):
         """Clicks into the follow-up field, types and presses Return."""
