@@ -112,6 +112,15 @@ void CopyDesktop::waitUntil(std::string_view what, const std::function<bool()> &
   }
 }
 
+void CopyDesktop::pollUntil(std::string_view what, const std::function<bool()> &condition) {
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      throw std::runtime_error("waited in vain for " + std::string(what));
+    }
+  }
+}
+
 bool CopyDesktop::isInFront(std::string_view title) {
   const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
   const xcb_atom_t names[] = {watch_->atom(watch_->askAtom("_NET_WM_NAME")), XCB_ATOM_WM_NAME};
@@ -150,7 +159,12 @@ void CopyDesktop::clickInFront(int x, int y, int times) {
   }
   hands_->moveTo(place->dst_x, place->dst_y);
   for (; times > 0; --times) {
-    hands_->click(1);
+    // While the window manager still looks at a press, which it does longer when the window is new, the next
+    // one may get lost.
+    hands_->pressButton(1);
+    pollUntil("the button to be down", [this] { return inside_->holdsButton(); });
+    hands_->releaseButton(1);
+    pollUntil("the button to be up", [this] { return !inside_->holdsButton(); });
   }
 }
 
@@ -190,12 +204,7 @@ void CopyDesktop::settle() {
     }
   }
   // Its press has come; its release comes through the outer server on its own.
-  const auto deadline = std::chrono::steady_clock::now() + patience;
-  while (inside_->heldKeys()[markKey + evdevOffset]) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      throw std::runtime_error("the keyboard is stuck");
-    }
-  }
+  pollUntil("the keyboard", [this] { return !inside_->heldKeys()[markKey + evdevOffset]; });
 }
 
 }  // namespace lumiwren::testing

@@ -52,7 +52,10 @@ public:
   void settle();
 
 private:
+  /// Looks again with every event of the desktop's own server.
   void waitUntil(std::string_view what, const std::function<bool()> &condition);
+  /// For what no event tells of.
+  static void pollUntil(std::string_view what, const std::function<bool()> &condition);
   /// Finds the front window.
   bool isInFront(std::string_view title);
   std::string selectionText(std::string_view selection) const;

@@ -76,6 +76,13 @@ KeySet InputDriver::heldKeys() const {
   return keys;
 }
 
+bool InputDriver::holdsButton() const {
+  const XReply<xcb_query_pointer_reply_t> reply(xcb_query_pointer_reply(
+      connection_.get(), xcb_query_pointer(connection_.get(), connection_.root()), nullptr));
+  constexpr unsigned buttons = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3;
+  return reply && (reply->mask & buttons) != 0;
+}
+
 std::uint8_t InputDriver::modifiers() const {
   const XReply<xcb_xkb_get_state_reply_t> state(xcb_xkb_get_state_reply(
       connection_.get(), xcb_xkb_get_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));

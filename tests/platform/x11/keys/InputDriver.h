@@ -30,6 +30,7 @@ public:
   void moveTo(int x, int y);
 
   KeySet heldKeys() const;
+  bool holdsButton() const;
   /// Real modifiers in effect.
   std::uint8_t modifiers() const;
   std::uint8_t lockedModifiers() const;
