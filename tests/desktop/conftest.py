@@ -64,3 +64,18 @@ def editor(desktop):
     editor = GtkEditor(desktop, "The selected text")
     editor.select_all("The selected text")
     return editor
+
+
+def pytest_assertrepr_compare(op, left, right):
+    """Where two pictures (width, height, pixels of three bytes each) differ, instead of their bytes."""
+    if op != "==" or not all(isinstance(each, tuple) and len(each) == 3 and isinstance(each[2], bytes)
+                             for each in (left, right)) or left[:2] != right[:2]:
+        return None
+    width = left[0]
+    places = [number for number in range(len(left[2]) // 3)
+              if left[2][number * 3:number * 3 + 3] != right[2][number * 3:number * 3 + 3]]
+    columns, rows = {number % width for number in places}, {number // width for number in places}
+    return [f"two pictures of {width} x {left[1]}: {len(places)} pixels differ, "
+            f"from {min(columns)}, {min(rows)} to {max(columns)}, {max(rows)}",
+            *(f"{number % width}, {number // width}: {left[2][number * 3:number * 3 + 3].hex()} is not "
+              f"{right[2][number * 3:number * 3 + 3].hex()}" for number in places[:5])]

@@ -250,7 +250,8 @@ def test_monitors_left_of_and_above_the_primary_one_and_the_gap_between_them(des
                      "screen" if name == "MAIN" else "none")
     try:
         whole = Frame(350, 180, 250, 300)
-        width, height, pixels = screen_pixels(desktop.display, whole)
+        desktop.display.wait_for_manager()  # It draws its frames again.
+        width, height, pixels = still_screen(desktop.display, whole)
         expected = bytearray(pixels)
         for y in range(height):
             for x in range(width):
@@ -263,6 +264,7 @@ def test_monitors_left_of_and_above_the_primary_one_and_the_gap_between_them(des
     finally:
         for name in monitors:
             desktop.tool("xrandr", "--delmonitor", name)
+        desktop.display.wait_for_manager()
 
 
 @pytest.mark.parametrize("window_manager", WINDOW_MANAGERS)
