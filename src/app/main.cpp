@@ -6,6 +6,7 @@
 #include "app/RunningProgram.h"
 #include "app/SetAPIKey.h"
 #include "app/TerminationSignals.h"
+#include "platform/linux/session/DisplayEnd.h"
 #include "platform/linux/session/LinuxPlatform.h"
 #include "settings/APIKeyWindow.h"
 #include "settings/AboutWindowController.h"
@@ -91,6 +92,7 @@ int runApplication(int argc, char **argv) {
   QApplication::setApplicationName(QStringLiteral("lumiwren"));
   QApplication::setDesktopFileName(QLatin1String(ProgramInstance::name));
   QApplication::setQuitOnLastWindowClosed(false);
+  const Handle displayEnd = observeDisplayEnd([] { leave(EXIT_FAILURE); });
 
   const auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("lumiwren"));
   ProgramInstance instance(bus);

@@ -24,6 +24,10 @@ std::uint32_t resourceBase(void *connection) {
 
 }  // namespace
 
+bool isConnectionLost(void *connection) {
+  return xcb_connection_has_error(static_cast<xcb_connection_t *>(connection)) != 0;
+}
+
 struct X11Session::Facilities {
   Facilities(MainQueue &mainQueue, const Options &options)
       : pasteboard(options.holder),

@@ -20,6 +20,9 @@
 
 namespace lumiwren {
 
+/// Whether a connection to the server, an xcb_connection_t, is lost. Any thread.
+bool isConnectionLost(void *connection);
+
 /// Every facility that an X11 session offers, on connections of their own to the server that DISPLAY names.
 class X11Session {
 public:
